@@ -1,0 +1,163 @@
+// Blocking and packing around the register tile kernels.
+//
+// The loops follow the usual cache blocking of dense products: a panel of A
+// (kc steps of t by up to nc columns i) is packed once and reused against
+// every block of B (mc rows j by kc steps of t), and each packed sliver of A
+// stays in L1 while the slivers of B stream past it. Blocks of t are taken in
+// increasing order and each tile of C carries its running sums from one block
+// to the next, so every entry still receives its terms in increasing t.
+#include "gemm.hpp"
+
+#include <algorithm>
+#include <cstring>
+#include <memory>
+#include <new>
+
+namespace shellfe::gemm {
+namespace {
+
+constexpr Index kDepthBlock = 256;           // kc: steps of t per packed panel
+constexpr Index kL2BlockBytes = 192 * 1024;  // packed block of B, kept in L2
+constexpr Index kPanelColumns = 1024;        // nc: columns i per packed panel of A
+constexpr Index kStackElements = 8192;       // packing space kept on the stack
+
+Index round_up(Index x, Index step) { return (x + step - 1) / step * step; }
+
+// A(t0 .. t0+kt-1, i0 .. i0+mi-1) into slivers of nr columns, t-major,
+// columns past mi padded with zeros.
+template <class T>
+void pack_a(const Operand<T>& a, Index t0, Index kt, Index i0, Index mi, Index nr, T* out) {
+    for (Index s = 0; s < mi; s += nr) {
+        const Index w = std::min(nr, mi - s);
+        T* sliver = out + s * kt;
+        for (Index t = 0; t < kt; ++t) {
+            T* row = sliver + t * nr;
+            for (Index x = 0; x < w; ++x) row[x] = a(t0 + t, i0 + s + x);
+            for (Index x = w; x < nr; ++x) row[x] = T(0);
+        }
+    }
+}
+
+// B(j0 .. j0+mj-1, t0 .. t0+kt-1) into slivers of mr rows, t-major, rows
+// past mj padded with zeros.
+template <class T>
+void pack_b(const Operand<T>& b, Index j0, Index mj, Index t0, Index kt, Index mr, T* out) {
+    for (Index s = 0; s < mj; s += mr) {
+        const Index h = std::min(mr, mj - s);
+        T* sliver = out + s * kt;
+        if (b.row_stride == 1) {
+            for (Index t = 0; t < kt; ++t) {
+                T* col = sliver + t * mr;
+                std::memcpy(col, &b(j0 + s, t0 + t), static_cast<std::size_t>(h) * sizeof(T));
+                for (Index y = h; y < mr; ++y) col[y] = T(0);
+            }
+        } else {
+            for (Index y = 0; y < h; ++y)
+                for (Index t = 0; t < kt; ++t) sliver[t * mr + y] = b(j0 + s + y, t0 + t);
+            if (h < mr)
+                for (Index t = 0; t < kt; ++t)
+                    for (Index y = h; y < mr; ++y) sliver[t * mr + y] = T(0);
+        }
+    }
+}
+
+template <class T>
+void zero_result(const Problem<T>& p) {
+    for (Index i = 0; i < p.m; ++i) std::fill_n(p.c + i * p.ldc, p.n, T(0));
+}
+
+template <class T>
+struct Buffer {
+    alignas(64) T local[kStackElements];
+    std::unique_ptr<T[]> heap;
+    T* get(Index count) {
+        if (count <= kStackElements) return local;
+        heap.reset(new (std::nothrow) T[static_cast<std::size_t>(count)]);
+        return heap.get();
+    }
+};
+
+template <class T>
+void run(const TileKernel<T>& kern, const Problem<T>& p) {
+    if (p.m < 1 || p.n < 1) return;
+    if (p.k < 1) {
+        zero_result(p);
+        return;
+    }
+    const Index mr = kern.mr;
+    const Index nr = kern.nr;
+    Index kc = std::min(p.k, kDepthBlock);
+    const Index mc_max = std::max(mr, kL2BlockBytes / (kDepthBlock * Index(sizeof(T))) / mr * mr);
+    Index mc = std::min(round_up(p.n, mr), mc_max);
+    Index nc = std::min(round_up(p.m, nr), kPanelColumns / nr * nr);
+
+    Buffer<T> buffer;
+    T* space = buffer.get(kc * (mc + nc));
+    if (space == nullptr) {
+        // Out of memory: fall back to one sliver of each, shallow enough to
+        // fit the stack. Only the blocking changes, not the arithmetic.
+        mc = mr;
+        nc = nr;
+        kc = std::min(kc, kStackElements / (mr + nr));
+        space = buffer.local;
+    }
+    T* bpack = space;
+    T* apack = space + kc * mc;
+
+    alignas(64) T edge[64 * 16];  // one tile, for the ragged borders of C
+    for (Index i0 = 0; i0 < p.m; i0 += nc) {
+        const Index mi = std::min(nc, p.m - i0);
+        for (Index t0 = 0; t0 < p.k; t0 += kc) {
+            const Index kt = std::min(kc, p.k - t0);
+            const bool first = t0 == 0;
+            pack_a(p.a, t0, kt, i0, mi, nr, apack);
+            for (Index j0 = 0; j0 < p.n; j0 += mc) {
+                const Index mj = std::min(mc, p.n - j0);
+                pack_b(p.b, j0, mj, t0, kt, mr, bpack);
+                for (Index ii = 0; ii < mi; ii += nr) {
+                    const Index w = std::min(nr, mi - ii);
+                    const T* a_sliver = apack + ii * kt;
+                    for (Index jj = 0; jj < mj; jj += mr) {
+                        const Index h = std::min(mr, mj - jj);
+                        const T* b_sliver = bpack + jj * kt;
+                        T* c = p.c + (j0 + jj) + (i0 + ii) * p.ldc;
+                        if (h == mr && w == nr) {
+                            kern.run(kt, b_sliver, a_sliver, c, p.ldc, first);
+                            continue;
+                        }
+                        if (!first)
+                            for (Index x = 0; x < w; ++x)
+                                std::copy_n(c + x * p.ldc, h, edge + x * mr);
+                        kern.run(kt, b_sliver, a_sliver, edge, mr, first);
+                        for (Index x = 0; x < w; ++x) std::copy_n(edge + x * mr, h, c + x * p.ldc);
+                    }
+                }
+            }
+        }
+    }
+}
+
+}  // namespace
+
+TileKernel<float> tile_kernel_f32(Isa isa) noexcept {
+    switch (isa) {
+        case Isa::avx512: return avx512_kernel_f32();
+        case Isa::avx2: return avx2_kernel_f32();
+        case Isa::sse2: break;
+    }
+    return sse2_kernel_f32();
+}
+
+TileKernel<double> tile_kernel_f64(Isa isa) noexcept {
+    switch (isa) {
+        case Isa::avx512: return avx512_kernel_f64();
+        case Isa::avx2: return avx2_kernel_f64();
+        case Isa::sse2: break;
+    }
+    return sse2_kernel_f64();
+}
+
+void multiply(Isa isa, const Problem<float>& p) noexcept { run(tile_kernel_f32(isa), p); }
+void multiply(Isa isa, const Problem<double>& p) noexcept { run(tile_kernel_f64(isa), p); }
+
+}  // namespace shellfe::gemm

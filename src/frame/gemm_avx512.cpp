@@ -1,0 +1,42 @@
+// AVX-512 kernel (512-bit). Compiled with AVX-512F enabled; only called after
+// the CPU and OS have been checked.
+#include <immintrin.h>
+
+#include "gemm.hpp"
+
+namespace shellfe::gemm {
+namespace avx512 {
+
+struct VecF {
+    using T = float;
+    using R = __m512;
+    static constexpr int lanes = 16;
+    static R zero() { return _mm512_setzero_ps(); }
+    static R load(const T* p) { return _mm512_loadu_ps(p); }
+    static void store(T* p, R v) { _mm512_storeu_ps(p, v); }
+    static R broadcast(const T* p) { return _mm512_set1_ps(*p); }
+    static R mul(R a, R b) { return _mm512_mul_ps(a, b); }
+    static R add(R a, R b) { return _mm512_add_ps(a, b); }
+};
+
+struct VecD {
+    using T = double;
+    using R = __m512d;
+    static constexpr int lanes = 8;
+    static R zero() { return _mm512_setzero_pd(); }
+    static R load(const T* p) { return _mm512_loadu_pd(p); }
+    static void store(T* p, R v) { _mm512_storeu_pd(p, v); }
+    static R broadcast(const T* p) { return _mm512_set1_pd(*p); }
+    static R mul(R a, R b) { return _mm512_mul_pd(a, b); }
+    static R add(R a, R b) { return _mm512_add_pd(a, b); }
+};
+
+#include "gemm_tile.inc"
+
+}  // namespace avx512
+
+// 32 registers: 24 accumulators, 3 of B, 1 broadcast.
+TileKernel<float> avx512_kernel_f32() noexcept { return {48, 8, &avx512::tile<avx512::VecF, 3, 8>}; }
+TileKernel<double> avx512_kernel_f64() noexcept { return {24, 8, &avx512::tile<avx512::VecD, 3, 8>}; }
+
+}  // namespace shellfe::gemm

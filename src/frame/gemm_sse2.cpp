@@ -1,0 +1,41 @@
+// Baseline kernel: SSE2, present on every x86-64 CPU.
+#include <emmintrin.h>
+
+#include "gemm.hpp"
+
+namespace shellfe::gemm {
+namespace sse2 {
+
+struct VecF {
+    using T = float;
+    using R = __m128;
+    static constexpr int lanes = 4;
+    static R zero() { return _mm_setzero_ps(); }
+    static R load(const T* p) { return _mm_loadu_ps(p); }
+    static void store(T* p, R v) { _mm_storeu_ps(p, v); }
+    static R broadcast(const T* p) { return _mm_set1_ps(*p); }
+    static R mul(R a, R b) { return _mm_mul_ps(a, b); }
+    static R add(R a, R b) { return _mm_add_ps(a, b); }
+};
+
+struct VecD {
+    using T = double;
+    using R = __m128d;
+    static constexpr int lanes = 2;
+    static R zero() { return _mm_setzero_pd(); }
+    static R load(const T* p) { return _mm_loadu_pd(p); }
+    static void store(T* p, R v) { _mm_storeu_pd(p, v); }
+    static R broadcast(const T* p) { return _mm_set1_pd(*p); }
+    static R mul(R a, R b) { return _mm_mul_pd(a, b); }
+    static R add(R a, R b) { return _mm_add_pd(a, b); }
+};
+
+#include "gemm_tile.inc"
+
+}  // namespace sse2
+
+// 16 registers: 12 accumulators, 2 of B, 1 broadcast.
+TileKernel<float> sse2_kernel_f32() noexcept { return {8, 6, &sse2::tile<sse2::VecF, 2, 6>}; }
+TileKernel<double> sse2_kernel_f64() noexcept { return {4, 6, &sse2::tile<sse2::VecD, 2, 6>}; }
+
+}  // namespace shellfe::gemm
