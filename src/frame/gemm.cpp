@@ -38,11 +38,22 @@ void pack_a(const Operand<T>& a, Index t0, Index kt, Index i0, Index mi, Index n
     }
 }
 
-// B(j0 .. j0+mj-1, t0 .. t0+kt-1) into slivers of mr rows, t-major, rows
-// past mj padded with zeros.
+// The kernel for the sliver of B starting s rows into a block of mj rows:
+// wide while a whole wide sliver fits, narrow (and padded) for the rest.
+// Packing and the tile loop both follow this, so the sliver at s starts at
+// s * kt in the packed block.
 template <class T>
-void pack_b(const Operand<T>& b, Index j0, Index mj, Index t0, Index kt, Index mr, T* out) {
-    for (Index s = 0; s < mj; s += mr) {
+const TileKernel<T>& sliver_kernel(const TileKernels<T>& k, Index s, Index mj) {
+    return mj - s >= k.wide.mr ? k.wide : k.narrow;
+}
+
+// B(j0 .. j0+mj-1, t0 .. t0+kt-1) into slivers, t-major, rows past mj
+// padded with zeros.
+template <class T>
+void pack_b(const Operand<T>& b, Index j0, Index mj, Index t0, Index kt,
+            const TileKernels<T>& kernels, T* out) {
+    for (Index s = 0, mr; s < mj; s += mr) {
+        mr = sliver_kernel(kernels, s, mj).mr;
         const Index h = std::min(mr, mj - s);
         T* sliver = out + s * kt;
         if (b.row_stride == 1) {
@@ -78,14 +89,14 @@ struct Buffer {
 };
 
 template <class T>
-void run(const TileKernel<T>& kern, const Problem<T>& p) {
+void run(const TileKernels<T>& kernels, const Problem<T>& p) {
     if (p.m < 1 || p.n < 1) return;
     if (p.k < 1) {
         zero_result(p);
         return;
     }
-    const Index mr = kern.mr;
-    const Index nr = kern.nr;
+    const Index mr = kernels.wide.mr;
+    const Index nr = kernels.wide.nr;
     Index kc = std::min(p.k, kDepthBlock);
     const Index mc_max = std::max(mr, kL2BlockBytes / (kDepthBlock * Index(sizeof(T))) / mr * mr);
     Index mc = std::min(round_up(p.n, mr), mc_max);
@@ -113,23 +124,25 @@ void run(const TileKernel<T>& kern, const Problem<T>& p) {
             pack_a(p.a, t0, kt, i0, mi, nr, apack);
             for (Index j0 = 0; j0 < p.n; j0 += mc) {
                 const Index mj = std::min(mc, p.n - j0);
-                pack_b(p.b, j0, mj, t0, kt, mr, bpack);
+                pack_b(p.b, j0, mj, t0, kt, kernels, bpack);
                 for (Index ii = 0; ii < mi; ii += nr) {
                     const Index w = std::min(nr, mi - ii);
                     const T* a_sliver = apack + ii * kt;
-                    for (Index jj = 0; jj < mj; jj += mr) {
-                        const Index h = std::min(mr, mj - jj);
+                    for (Index jj = 0, mr_s; jj < mj; jj += mr_s) {
+                        const TileKernel<T>& kern = sliver_kernel(kernels, jj, mj);
+                        mr_s = kern.mr;
+                        const Index h = std::min(mr_s, mj - jj);
                         const T* b_sliver = bpack + jj * kt;
                         T* c = p.c + (j0 + jj) + (i0 + ii) * p.ldc;
-                        if (h == mr && w == nr) {
+                        if (h == mr_s && w == nr) {
                             kern.run(kt, b_sliver, a_sliver, c, p.ldc, first);
                             continue;
                         }
                         if (!first)
                             for (Index x = 0; x < w; ++x)
-                                std::copy_n(c + x * p.ldc, h, edge + x * mr);
-                        kern.run(kt, b_sliver, a_sliver, edge, mr, first);
-                        for (Index x = 0; x < w; ++x) std::copy_n(edge + x * mr, h, c + x * p.ldc);
+                                std::copy_n(c + x * p.ldc, h, edge + x * mr_s);
+                        kern.run(kt, b_sliver, a_sliver, edge, mr_s, first);
+                        for (Index x = 0; x < w; ++x) std::copy_n(edge + x * mr_s, h, c + x * p.ldc);
                     }
                 }
             }
@@ -139,25 +152,25 @@ void run(const TileKernel<T>& kern, const Problem<T>& p) {
 
 }  // namespace
 
-TileKernel<float> tile_kernel_f32(Isa isa) noexcept {
+TileKernels<float> tile_kernels_f32(Isa isa) noexcept {
     switch (isa) {
-        case Isa::avx512: return avx512_kernel_f32();
-        case Isa::avx2: return avx2_kernel_f32();
+        case Isa::avx512: return avx512_kernels_f32();
+        case Isa::avx2: return avx2_kernels_f32();
         case Isa::sse2: break;
     }
-    return sse2_kernel_f32();
+    return sse2_kernels_f32();
 }
 
-TileKernel<double> tile_kernel_f64(Isa isa) noexcept {
+TileKernels<double> tile_kernels_f64(Isa isa) noexcept {
     switch (isa) {
-        case Isa::avx512: return avx512_kernel_f64();
-        case Isa::avx2: return avx2_kernel_f64();
+        case Isa::avx512: return avx512_kernels_f64();
+        case Isa::avx2: return avx2_kernels_f64();
         case Isa::sse2: break;
     }
-    return sse2_kernel_f64();
+    return sse2_kernels_f64();
 }
 
-void multiply(Isa isa, const Problem<float>& p) noexcept { run(tile_kernel_f32(isa), p); }
-void multiply(Isa isa, const Problem<double>& p) noexcept { run(tile_kernel_f64(isa), p); }
+void multiply(Isa isa, const Problem<float>& p) noexcept { run(tile_kernels_f32(isa), p); }
+void multiply(Isa isa, const Problem<double>& p) noexcept { run(tile_kernels_f64(isa), p); }
 
 }  // namespace shellfe::gemm

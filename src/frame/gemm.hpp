@@ -45,8 +45,18 @@ struct TileKernel {
     void (*run)(Index kc, const T* b_sliver, const T* a_sliver, T* c, Index ldc, bool first);
 };
 
-TileKernel<float> tile_kernel_f32(Isa isa) noexcept;
-TileKernel<double> tile_kernel_f64(Isa isa) noexcept;
+// Each instruction set has a wide tile for the bulk of C and a narrow one,
+// one vector tall with the same NR, for the rows left over: short columns
+// (element-sized matrices) then waste little work on padding. The wide MR is
+// a multiple of the narrow one.
+template <class T>
+struct TileKernels {
+    TileKernel<T> wide;
+    TileKernel<T> narrow;
+};
+
+TileKernels<float> tile_kernels_f32(Isa isa) noexcept;
+TileKernels<double> tile_kernels_f64(Isa isa) noexcept;
 
 // Multiplies with the kernel of `isa`, which must be supported by the CPU.
 void multiply(Isa isa, const Problem<float>& p) noexcept;
@@ -54,11 +64,11 @@ void multiply(Isa isa, const Problem<double>& p) noexcept;
 
 // Per-instruction-set kernels, each compiled in its own translation unit
 // with its own target flags.
-TileKernel<float> sse2_kernel_f32() noexcept;
-TileKernel<double> sse2_kernel_f64() noexcept;
-TileKernel<float> avx2_kernel_f32() noexcept;
-TileKernel<double> avx2_kernel_f64() noexcept;
-TileKernel<float> avx512_kernel_f32() noexcept;
-TileKernel<double> avx512_kernel_f64() noexcept;
+TileKernels<float> sse2_kernels_f32() noexcept;
+TileKernels<double> sse2_kernels_f64() noexcept;
+TileKernels<float> avx2_kernels_f32() noexcept;
+TileKernels<double> avx2_kernels_f64() noexcept;
+TileKernels<float> avx512_kernels_f32() noexcept;
+TileKernels<double> avx512_kernels_f64() noexcept;
 
 }  // namespace shellfe::gemm

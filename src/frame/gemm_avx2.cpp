@@ -36,7 +36,11 @@ struct VecD {
 }  // namespace avx2
 
 // 16 registers: 12 accumulators, 2 of B, 1 broadcast.
-TileKernel<float> avx2_kernel_f32() noexcept { return {16, 6, &avx2::tile<avx2::VecF, 2, 6>}; }
-TileKernel<double> avx2_kernel_f64() noexcept { return {8, 6, &avx2::tile<avx2::VecD, 2, 6>}; }
+TileKernels<float> avx2_kernels_f32() noexcept {
+    return {{16, 6, &avx2::tile<avx2::VecF, 2, 6>}, {8, 6, &avx2::tile<avx2::VecF, 1, 6>}};
+}
+TileKernels<double> avx2_kernels_f64() noexcept {
+    return {{8, 6, &avx2::tile<avx2::VecD, 2, 6>}, {4, 6, &avx2::tile<avx2::VecD, 1, 6>}};
+}
 
 }  // namespace shellfe::gemm

@@ -36,7 +36,11 @@ struct VecD {
 }  // namespace avx512
 
 // 32 registers: 24 accumulators, 3 of B, 1 broadcast.
-TileKernel<float> avx512_kernel_f32() noexcept { return {48, 8, &avx512::tile<avx512::VecF, 3, 8>}; }
-TileKernel<double> avx512_kernel_f64() noexcept { return {24, 8, &avx512::tile<avx512::VecD, 3, 8>}; }
+TileKernels<float> avx512_kernels_f32() noexcept {
+    return {{48, 8, &avx512::tile<avx512::VecF, 3, 8>}, {16, 8, &avx512::tile<avx512::VecF, 1, 8>}};
+}
+TileKernels<double> avx512_kernels_f64() noexcept {
+    return {{24, 8, &avx512::tile<avx512::VecD, 3, 8>}, {8, 8, &avx512::tile<avx512::VecD, 1, 8>}};
+}
 
 }  // namespace shellfe::gemm

@@ -35,7 +35,11 @@ struct VecD {
 }  // namespace sse2
 
 // 16 registers: 12 accumulators, 2 of B, 1 broadcast.
-TileKernel<float> sse2_kernel_f32() noexcept { return {8, 6, &sse2::tile<sse2::VecF, 2, 6>}; }
-TileKernel<double> sse2_kernel_f64() noexcept { return {4, 6, &sse2::tile<sse2::VecD, 2, 6>}; }
+TileKernels<float> sse2_kernels_f32() noexcept {
+    return {{8, 6, &sse2::tile<sse2::VecF, 2, 6>}, {4, 6, &sse2::tile<sse2::VecF, 1, 6>}};
+}
+TileKernels<double> sse2_kernels_f64() noexcept {
+    return {{4, 6, &sse2::tile<sse2::VecD, 2, 6>}, {2, 6, &sse2::tile<sse2::VecD, 1, 6>}};
+}
 
 }  // namespace shellfe::gemm

@@ -81,7 +81,7 @@ template <class T>
 void check_shapes(Isa isa) {
     const Index shapes[][3] = {{1, 1, 1},   {2, 3, 5},    {7, 16, 48},  {9, 255, 17},
                                {8, 256, 96}, {13, 513, 49}, {1, 40, 200}, {1100, 3, 5},
-                               {5, 3, 700}};
+                               {5, 3, 700},  {3, 10, 65},   {4, 9, 20}};
     for (const auto& s : shapes)
         for (int layout = 0; layout < 3; ++layout) {
             const bool bt = layout == 1, at = layout == 2;
