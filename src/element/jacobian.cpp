@@ -1,0 +1,75 @@
+// Jacobian, determinant and Cartesian shape-function derivatives at one
+// point of a plane isoparametric element.
+#include "element/jacobian.hpp"
+
+#include "shellfe.h"
+
+#include <algorithm>
+
+namespace shellfe {
+
+float cartesian_derivatives(Array1<const float> dxi, Array1<const float> deta,
+                            Array1<const float> x, Array1<const float> y, Index nnode,
+                            Array1<float> dx, Array1<float> dy) {
+    // Rows of the Jacobian: d(x, y)/dxi and d(x, y)/deta.
+    double x_xi = 0.0, y_xi = 0.0, x_eta = 0.0, y_eta = 0.0;
+    const Index ngeo = geometry_nodes(nnode);
+    for (Index k = 1; k <= ngeo; ++k) {
+        x_xi += static_cast<double>(dxi(k) * x(k));
+        y_xi += static_cast<double>(dxi(k) * y(k));
+        x_eta += static_cast<double>(deta(k) * x(k));
+        y_eta += static_cast<double>(deta(k) * y(k));
+    }
+    const float det = static_cast<float>(x_xi * y_eta - y_xi * x_eta);
+
+    const double d = static_cast<double>(det);
+    const double xi_x = y_eta / d;
+    const double eta_x = -y_xi / d;
+    const double xi_y = -x_eta / d;
+    const double eta_y = x_xi / d;
+
+    // Formed in local storage first and copied out afterwards, so that the
+    // loop vectorises whatever the caller's outputs overlap.
+    float gx[kMaxElementNodes + 1];
+    float gy[kMaxElementNodes + 1];
+    for (Index k = 1; k <= nnode; ++k) {
+        const double a = static_cast<double>(dxi(k));
+        const double b = static_cast<double>(deta(k));
+        // Accumulated from a cleared entry, as the derivative table is: the
+        // start from +0 decides the sign of a zero result.
+        float u = 0.0f;
+        u = static_cast<float>(static_cast<double>(u) + a * xi_x);
+        u = static_cast<float>(static_cast<double>(u) + b * eta_x);
+        float v = 0.0f;
+        v = static_cast<float>(static_cast<double>(v) + a * xi_y);
+        v = static_cast<float>(static_cast<double>(v) + b * eta_y);
+        gx[k] = u;
+        gy[k] = v;
+    }
+    for (Index k = 1; k <= nnode; ++k) {
+        dx(k) = gx[k];
+        dy(k) = gy[k];
+    }
+    return det;
+}
+
+}  // namespace shellfe
+
+using namespace shellfe;
+
+namespace {
+// DERIV, ELCOD and CARTD all have the fixed first dimension (0:9).
+constexpr Index kNodeRowsUpperBound = kMaxElementNodes;
+}  // namespace
+
+extern "C" void JACOB2DLLDOTNET(float* CARTD, const float* DERIV, float* DETJ, const float* ELCOD,
+                                const int32_t* NENOD) noexcept {
+    // Nine rows are all that the fixed tables hold.
+    const Index nenod = std::min<Index>(*NENOD, kNodeRowsUpperBound);
+    const auto deriv = upper_bound(DERIV, kNodeRowsUpperBound);
+    const auto elcod = upper_bound(ELCOD, kNodeRowsUpperBound);
+    const auto cartd = upper_bound(CARTD, kNodeRowsUpperBound);
+    *DETJ = cartesian_derivatives(from_zero(deriv.at(0, 2)), from_zero(deriv.at(0, 3)),
+                                  from_zero(elcod.at(0, 1)), from_zero(elcod.at(0, 2)), nenod,
+                                  from_zero(cartd.at(0, 1)), from_zero(cartd.at(0, 2)));
+}

@@ -1,0 +1,32 @@
+// The Jacobian step shared by the stand-alone Jacobian routine and the
+// element stiffness routines: Jacobian of (xi, eta) -> (x, y), its
+// determinant and the Cartesian derivatives of every shape function.
+#pragma once
+
+#include "element/shape_functions.hpp"
+#include "frame/views.hpp"
+
+namespace shellfe {
+
+// Node count of the geometry: a nine-node element maps with its first eight
+// nodes; its centre node is a bubble that does not move the geometry.
+inline Index geometry_nodes(Index nnode) { return nnode == 9 ? 8 : nnode; }
+
+// Forms the Jacobian from the natural derivatives dxi(k), deta(k) and node
+// coordinates x(k), y(k), k = 1..geometry_nodes(nnode), and writes
+// dx(k) = dN_k/dx, dy(k) = dN_k/dy for k = 1..nnode. Returns the
+// determinant rounded to single precision.
+//
+// The products of the Jacobian are single-precision products summed in
+// double; the determinant is formed in double and rounded to single, and the
+// inverse divides by that rounded value: hosts compare results bit for bit,
+// and the rounded determinant is also the value they see. Each Cartesian
+// derivative is rounded to single after each of its two additions.
+//
+// Nothing is checked: a zero determinant gives infinite or NaN derivatives.
+// nnode must not exceed 9.
+float cartesian_derivatives(Array1<const float> dxi, Array1<const float> deta,
+                            Array1<const float> x, Array1<const float> y, Index nnode,
+                            Array1<float> dx, Array1<float> dy);
+
+}  // namespace shellfe

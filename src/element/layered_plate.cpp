@@ -1,0 +1,165 @@
+// Layered plate rigidities, in single precision with a fixed order of
+// operations.
+#include "element/layered_plate.hpp"
+
+#include "shellfe.h"
+
+#include <cmath>
+
+namespace shellfe {
+
+namespace {
+
+constexpr float kPi = 3.1415927f;
+// Transverse shear correction 5/6, applied as a division by 1.2.
+constexpr float kShearCorrectionDivisor = 1.2f;
+constexpr Index kLastPropertyColumn = 17;
+
+struct AngleTrig {
+    float s, c;
+};
+
+AngleTrig layer_trig(float angle_deg) {
+    const float theta = (angle_deg * kPi) / 180.0f;
+    return {std::sin(theta), std::cos(theta)};
+}
+
+// Two identical, unrotated, isotropic layers have a closed form. Exact
+// comparisons: any difference, or a NaN anywhere, takes the layered path.
+bool is_uniform_isotropic_pair(const LayeredPlate& p) {
+    if (p.nlay != 2) return false;
+    const auto& t = p.layers;
+    for (Index j = 1; j <= kLastPropertyColumn; ++j) {
+        if (!(t(1, j) == t(2, j))) return false;
+    }
+    return t(1, 17) == 0.0f && t(1, 1) == t(1, 8) && t(1, 10) == t(1, 11);
+}
+
+float pair_thickness(const LayeredPlate& p) { return std::fabs(p.z(3) - p.z(1)); }
+
+// Rotated reduced stiffness of one layer in bending, components x, y, xy.
+// Deliberately, column 8 of the layer table enters the x-x term and column 1
+// the y-y term at zero angle (the reverse of the membrane material), and the
+// coupling is formed as E8 * nu21 / den: layered models of existing hosts
+// were calibrated with this assignment.
+Matrix3 layer_bending_stiffness(const LayeredPlate& p, Index layer) {
+    const auto& t = p.layers;
+    const float e1 = t(layer, 1);
+    const float nu = t(layer, 2);
+    const float e8 = t(layer, 8);
+    const float g = t(layer, 9);
+    const auto [s, c] = layer_trig(t(layer, 17));
+
+    const float nu21 = (nu * e8) / e1;
+    const float den = 1.0f - nu * nu21;
+    const float qa = e8 / den;
+    const float qb = e1 / den;
+    const float qc = (e8 * nu21) / den;
+
+    const float c2 = c * c;
+    const float s2 = s * s;
+    const float pp = 2.0f * qc + 4.0f * g;
+    const float h = (qc - qb) + 2.0f * g;
+    const float f = (qa - qc) - 2.0f * g;
+    const float c4s4 = c2 * c2 + s2 * s2;
+
+    Matrix3 q;
+    q(1, 1) = pp * s2 * c2 + (c2 * qa * c2 + s2 * qb * s2);
+    q(2, 2) = s2 * qa * s2 + c2 * qb * c2 + pp * c2 * s2;
+    q(1, 2) = c4s4 * qc + ((qa + qb) - 4.0f * g) * c2 * s2;
+    q(1, 3) = (f * c2 + h * s2) * s * c;
+    q(2, 3) = (f * s2 + h * c2) * s * c;
+    q(3, 3) = c4s4 * g + (((qa + qb) - 2.0f * qc) - 2.0f * g) * c2 * s2;
+    q(2, 1) = q(1, 2);
+    q(3, 1) = q(1, 3);
+    q(3, 2) = q(2, 3);
+    return q;
+}
+
+}  // namespace
+
+LayeredPlate layered_plate(const float* play, const float* zlay, std::int32_t nlay) {
+    return {upper_bound(play, nlay), from_zero(zlay), nlay};
+}
+
+Matrix3 bending_rigidities(const LayeredPlate& p) {
+    Matrix3 d;
+    if (is_uniform_isotropic_pair(p)) {
+        const float e = p.layers(1, 8);
+        const float nu = p.layers(1, 2);
+        const float t = pair_thickness(p);
+        const float dd = (((e * t) * t) * t) / ((1.0f - nu * nu) * 12.0f);
+        d(1, 1) = dd;
+        d(2, 2) = dd;
+        d(2, 1) = nu * dd;
+        d(1, 2) = nu * dd;
+        d(3, 3) = ((1.0f - nu) * 0.5f) * dd;
+        return d;
+    }
+    // Each entry sums its layers in order from zero; the layer matrix is
+    // symmetric, so both off-diagonal entries receive identical sums.
+    for (Index layer = 1; layer <= p.nlay; ++layer) {
+        const Matrix3 q = layer_bending_stiffness(p, layer);
+        const float zb = p.z(layer);
+        const float zt = p.z(layer + 1);
+        const float dz3 = zt * zt * zt - zb * zb * zb;
+        for (Index c = 1; c <= 3; ++c) {
+            for (Index r = 1; r <= 3; ++r) d(r, c) = d(r, c) + (dz3 * q(r, c)) / 3.0f;
+        }
+    }
+    return d;
+}
+
+Matrix2 shear_rigidities(const LayeredPlate& p) {
+    Matrix2 d;
+    if (is_uniform_isotropic_pair(p)) {
+        const float e = p.layers(1, 8);
+        const float nu = p.layers(1, 2);
+        const float t = pair_thickness(p);
+        // G t 5/6 with G = E / 2(1 + nu): the factor 2 and the 1.2 are folded.
+        const float ss = (e * t) / (nu * 2.4f + 2.4f);
+        d(1, 1) = ss;
+        d(2, 2) = ss;
+        return d;
+    }
+    for (Index layer = 1; layer <= p.nlay; ++layer) {
+        const auto& t = p.layers;
+        const float g10 = t(layer, 10) / kShearCorrectionDivisor;
+        const float g11 = t(layer, 11) / kShearCorrectionDivisor;
+        const auto [s, c] = layer_trig(t(layer, 17));
+        Matrix2 q;
+        q(1, 1) = c * g11 * c + s * g10 * s;
+        q(2, 2) = c * g10 * c + s * g11 * s;
+        q(1, 2) = ((g10 - g11) * c) * s;
+        q(2, 1) = q(1, 2);
+        const float dz = p.z(layer + 1) - p.z(layer);
+        for (Index col = 1; col <= 2; ++col) {
+            for (Index r = 1; r <= 2; ++r) d(r, col) = d(r, col) + dz * q(r, col);
+        }
+    }
+    return d;
+}
+
+}  // namespace shellfe
+
+using namespace shellfe;
+
+extern "C" void MODPBDLLDOTNET(float* DBEND, float* DSHEAR, const int32_t* IBEND,
+                               const int32_t* ISHEAR, const float* PROP, const float* ZLAY,
+                               const int32_t* NLAY) noexcept {
+    const LayeredPlate plate = layered_plate(PROP, ZLAY, *NLAY);
+    // One matrix per call; bending wins when both are asked for.
+    if (*IBEND == 1) {
+        const Matrix3 d = bending_rigidities(plate);
+        const auto out = upper_bound(DBEND, Index{3});
+        for (Index c = 1; c <= 3; ++c) {
+            for (Index r = 1; r <= 3; ++r) out(r, c) = d(r, c);
+        }
+    } else if (*ISHEAR == 1) {
+        const Matrix2 d = shear_rigidities(plate);
+        const auto out = upper_bound(DSHEAR, Index{2});
+        for (Index c = 1; c <= 2; ++c) {
+            for (Index r = 1; r <= 2; ++r) out(r, c) = d(r, c);
+        }
+    }
+}

@@ -1,0 +1,105 @@
+// Membrane (plane-stress) stiffness of one isoparametric element with the
+// two in-plane translations u, v per node.
+#include "element/integration_points.hpp"
+#include "element/membrane_material.hpp"
+
+#include "shellfe.h"
+
+using namespace shellfe;
+
+namespace {
+
+// The in-plane element matrix has the fixed shape (0:18, 0:18).
+constexpr Index kMembraneUpperBound = 18;
+constexpr Index kMembraneDofs = 2 * kMaxElementNodes;
+
+// Adds s * B D B^T at one point into the lower triangle of the membrane
+// matrix. Strain rows of B: 1 = ex, 2 = ey, 3 = gxy over degrees of freedom
+// 2k-1 = u, 2k = v of node k.
+void add_point_stiffness(const PointData& p, Index nnode, const Matrix3& d,
+                         const Array2<float>& estif) {
+    const Index n = 2 * nnode;
+    // B and B D by strain component, indexed by degree of freedom from 1;
+    // the zeros of B take part in the products like the other entries.
+    float b[3][kMembraneDofs + 1];
+    float bd[3][kMembraneDofs + 1];
+    for (Index k = 1; k <= nnode; ++k) {
+        b[0][2 * k - 1] = p.dx[k];
+        b[0][2 * k] = 0.0f;
+        b[1][2 * k - 1] = 0.0f;
+        b[1][2 * k] = p.dy[k];
+        b[2][2 * k - 1] = p.dy[k];
+        b[2][2 * k] = p.dx[k];
+    }
+    for (Index r = 1; r <= 3; ++r) {
+        const float d1 = d(1, r), d2 = d(2, r), d3 = d(3, r);
+        float* out = bd[r - 1];
+        for (Index m = 1; m <= n; ++m) out[m] = (b[0][m] * d1 + b[1][m] * d2) + b[2][m] * d3;
+    }
+
+    const float s = p.factor * p.thickness;
+    for (Index c = 1; c <= n; ++c) {
+        const float g1 = s * b[0][c];
+        const float g2 = s * b[1][c];
+        const float g3 = s * b[2][c];
+        // Column c from the diagonal down. Each entry receives the three
+        // strain components' terms in order 1, 2, 3, each addition rounded,
+        // exactly as three successive sweeps over the column would give;
+        // the rows are independent, so this loop vectorises without
+        // changing a bit.
+        const auto col = from_zero(estif.at(0, c));
+        const float* bd1 = bd[0];
+        const float* bd2 = bd[1];
+        const float* bd3 = bd[2];
+        for (Index m = c; m <= n; ++m) {
+            float v = col(m);
+            v = v + bd1[m] * g1;
+            v = v + bd2[m] * g2;
+            v = v + bd3[m] * g3;
+            col(m) = v;
+        }
+    }
+}
+
+}  // namespace
+
+extern "C" void STIFFP003DOTNET(const int32_t* NGPX, const int32_t* NGPY, const int32_t* NTYPE,
+                                const float* GPOS, int32_t* NGPT, const int32_t* IEL,
+                                const int32_t* NNODE, const float* XY, const float* TNODE,
+                                const void* /*unused*/, const int32_t* IMAT, float* PROP,
+                                const float* GWEI, const void* /*unused*/, const int32_t* NELEM,
+                                const int32_t* NMAT, const void* /*unused*/,
+                                const void* /*unused*/, const int32_t* NNODT, float* ESTIF,
+                                float* DETJ) noexcept {
+    const Index nnode = clamp_nodes(*NNODE);
+    const auto prop = upper_bound(PROP, *NMAT);
+    const ElementPoints e{*NGPX,
+                          *NGPY,
+                          *NTYPE,
+                          upper_bound(GPOS, Index{2}),
+                          upper_bound(GWEI, Index{2}),
+                          nnode,
+                          upper_bound(XY, Index{kMaxElementNodes}),
+                          upper_bound(TNODE, *NELEM),
+                          *IEL,
+                          *NNODT,
+                          prop,
+                          *IMAT,
+                          DegeneratePoint::integrate_with_minus_one,
+                          NGPT,
+                          nullptr,
+                          DETJ};
+    const auto estif = upper_bound(ESTIF, kMembraneUpperBound);
+
+    // The material depends only on columns 1, 2, 8, 9 and 17 of its row,
+    // which the point loop never writes (it writes column 3), so the matrix
+    // is the same at every point and is formed once. The element forms the
+    // upper triangle, unlike the stand-alone material routine: its hosts'
+    // reference matrices were made that way.
+    const Matrix3 d = rotated_plane_stress(
+        read_orthotropic_material(upper_bound(static_cast<const float*>(PROP), *NMAT), *IMAT),
+        FormedTriangle::upper);
+
+    for_each_integration_point(
+        e, [&](const PointData& p) { add_point_stiffness(p, nnode, d, estif); });
+}

@@ -1,0 +1,19 @@
+// Fixed-size matrices of the element routines, indexed from 1 as the
+// formulas read: m(r, c) is row r, column c.
+#pragma once
+
+#include "frame/views.hpp"
+
+namespace shellfe {
+
+template <int R, int C>
+struct SmallMatrix {
+    float e[C][R] = {};  // column by column
+    float& operator()(Index r, Index c) { return e[c - 1][r - 1]; }
+    float operator()(Index r, Index c) const { return e[c - 1][r - 1]; }
+};
+
+using Matrix2 = SmallMatrix<2, 2>;
+using Matrix3 = SmallMatrix<3, 3>;
+
+}  // namespace shellfe
