@@ -1,6 +1,5 @@
-// Host-side fixtures for the element routines: arrays laid out as a
-// Fortran-style host declares them, integration tables, element shapes,
-// material and layer tables, and double-precision reference mechanics.
+// Host-side fixtures of the element routines: integration tables, element
+// shapes, material and layer tables, and double-precision reference mechanics.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -9,11 +8,10 @@
 #include <array>
 #include <cmath>
 #include <cstdint>
-#include <cstring>
-#include <functional>
 #include <limits>
 #include <vector>
 
+#include "host_array.hpp"
 #include "shellfe.h"
 
 #ifdef SHELLFE_HAVE_EIGEN
@@ -22,31 +20,12 @@
 
 namespace fixtures {
 
+using Floats = HostMatrix<float>;
+using Values = std::vector<float>;
 inline const float kNaN = std::numeric_limits<float>::quiet_NaN();
 inline constexpr float kSentinel = -777.25f;
 
-inline uint32_t bits(float v) {
-    uint32_t u;
-    std::memcpy(&u, &v, sizeof u);
-    return u;
-}
-
-// An array (0:L, 0:M), column-major, every element set to `fill`.
-template <class T>
-struct HostArray {
-    int32_t L, M;
-    std::vector<T> v;
-    HostArray(int32_t l, int32_t m, T fill) : L(l), M(m), v(std::size_t(l + 1) * (m + 1), fill) {}
-    T& operator()(int a, int b = 0) { return v[std::size_t(a) + std::size_t(b) * (L + 1)]; }
-    T operator()(int a, int b = 0) const { return v[std::size_t(a) + std::size_t(b) * (L + 1)]; }
-    T* data() { return v.data(); }
-    bool sameBits(const HostArray& o) const {
-        return v.size() == o.v.size() && std::memcmp(v.data(), o.v.data(), v.size() * sizeof(T)) == 0;
-    }
-};
-using Floats = HostArray<float>;
-
-inline void setRow(Floats& a, int row, const std::vector<float>& values) {
+inline void setRow(Floats& a, int row, const Values& values) {
     for (std::size_t i = 0; i < values.size(); ++i) a(row, int(i) + 1) = values[i];
 }
 
@@ -54,20 +33,14 @@ inline void setRow(Floats& a, int row, const std::vector<float>& values) {
 // product on quadrilaterals; row 2 triangle points as (xi, eta) pairs.
 struct Quadrature {
     Floats gpos{2, 6, kNaN}, gwei{2, 6, kNaN};
-    void line(const std::vector<float>& p, const std::vector<float>& w) {
-        setRow(gpos, 1, p), setRow(gwei, 1, w);
-    }
-    void triangle(const std::vector<float>& p, const std::vector<float>& w) {
-        setRow(gpos, 2, p), setRow(gwei, 2, w);
-    }
-    // n-point Gauss on row 1 (n = 1 to 3), the three-point triangle rule on row 2.
+    void line(const Values& p, const Values& w) { setRow(gpos, 1, p), setRow(gwei, 1, w); }
+    void triangle(const Values& p, const Values& w) { setRow(gpos, 2, p), setRow(gwei, 2, w); }
+    // n = 2 or 3 point Gauss on row 1, the three-point triangle rule on row 2.
     static Quadrature gauss(int n) {
         Quadrature q;
-        const float a = 1.0f / std::sqrt(3.0f), b = std::sqrt(0.6f);
-        if (n == 1) q.line({0.0f}, {2.0f});
+        const float a = 1.0f / std::sqrt(3.0f), b = std::sqrt(0.6f), t = 1.0f / 6, u = 2.0f / 3;
         if (n == 2) q.line({-a, a}, {1.0f, 1.0f});
         if (n == 3) q.line({-b, 0.0f, b}, {5.0f / 9, 8.0f / 9, 5.0f / 9});
-        const float t = 1.0f / 6, u = 2.0f / 3;
         q.triangle({t, t, u, t, t, u}, {t, t, t});
         return q;
     }
@@ -84,7 +57,6 @@ struct Geometry {
     float x(int k) const { return xy(k, 1); }
     float y(int k) const { return xy(k, 2); }
 };
-
 // Straight-sided element from its corners, counter-clockwise: corners at the
 // odd nodes, mid-side nodes at the midpoints; node 9 (if any) at `centre`.
 inline Geometry withMidsides(const std::vector<std::array<float, 2>>& corners, int nnode = 0,
@@ -128,6 +100,7 @@ inline Floats materialTable(int imat, const Material& m) {
 inline Material isotropic(float e, float nu, float theta = 0) {
     return {e, nu, e, e / (2.0f * (1.0f + nu)), theta};
 }
+inline Material turned(Material m, float theta) { return m.theta = theta, m; }
 inline constexpr Material kOrtho{30000.0f, 0.3f, 12000.0f, 5000.0f, 0.0f};
 
 // Layer table (0:NLAY, 0:17), unread columns 0, and faces ZLAY (0:NLAY+1).
@@ -137,26 +110,28 @@ struct Layer {
 struct Laminate {
     int32_t nlay;
     Floats prop, zlay;
-    Laminate(const std::vector<Layer>& layers, const std::vector<float>& faces)
-        : nlay(int32_t(layers.size())), prop(nlay, 17, 0.0f), zlay(nlay + 1, 0, kNaN) {
+    Laminate(const std::vector<Layer>& layers, const Values& faces)
+        : nlay(int32_t(layers.size())), prop(nlay, 17), zlay(nlay + 1, 0, kNaN) {
         for (int l = 1; l <= nlay; ++l) {
             const Layer& y = layers[l - 1];
             prop(l, 1) = y.e1, prop(l, 2) = y.nu, prop(l, 8) = y.e8, prop(l, 9) = y.g;
             prop(l, 10) = y.g10, prop(l, 11) = y.g11, prop(l, 17) = y.theta;
         }
-        for (std::size_t l = 0; l < faces.size(); ++l) zlay(int(l) + 1) = faces[l];
+        std::copy(faces.begin(), faces.end(), &zlay(1));
     }
 };
-inline Layer isotropicLayer(float e, float nu, float theta = 0) {
+inline Layer isotropicLayer(float e, float nu) {
     const float g = e / (2.0f * (1.0f + nu));
-    return {e, nu, e, g, g, g, theta};
+    return {e, nu, e, g, g, g, 0};
 }
 // Isotropic plate of thickness t about its mid-surface, in n equal layers.
 inline Laminate isotropicPlate(float e, float nu, float t, int n) {
-    std::vector<float> z;
+    Values z;
     for (int l = 0; l <= n; ++l) z.push_back(-0.5f * t + t * float(l) / float(n));
     return Laminate(std::vector<Layer>(n, isotropicLayer(e, nu)), z);
 }
+// Orthotropic layer, column 1 = 12000 and column 8 = 30000.
+inline constexpr Layer kPly{12000.0f, 0.3f, 30000.0f, 5000.0f, 3000.0f, 2000.0f, 0.0f};
 
 // Transformed reduced stiffness in double precision of a sheet whose axis 1
 // is turned by theta degrees from x (index 0 = x, 1 = y, 2 = xy, engineering
@@ -185,7 +160,7 @@ inline Mat3 membraneReference(const Material& m) {
 // The rotated material matrix rounded as the library must round it: single
 // precision, A = T Q first, then A T^T with one triangle formed and mirrored
 // (the stand-alone routine forms the lower one, the membrane element the
-// upper one). For bit-exact comparisons of a few entries.
+// upper one).
 struct Single3 {
     float d[4][4];
 };
@@ -194,8 +169,7 @@ inline Single3 singlePrecisionMaterial(const Material& m, bool upper) {
     const float q22 = m.e2 / den, q11 = m.e1 / den, q12 = m.nu * q22;
     const float th = (3.1415927f * m.theta) / 180.0f, s = std::sin(th), c = std::cos(th);
     const float c2 = c * c, s2 = s * s, cs = c * s;
-    const float t[4][4] = {
-        {}, {0, c2, s2, -(2.0f * cs)}, {0, s2, c2, 2.0f * cs}, {0, cs, -cs, c2 - s2}};
+    const float t[4][4] = {{}, {0, c2, s2, -(2.0f * cs)}, {0, s2, c2, 2.0f * cs}, {0, cs, -cs, c2 - s2}};
     float a[4][4] = {};
     a[1][1] = q11 * c2 + q12 * s2, a[2][1] = q11 * s2 + q12 * c2, a[3][1] = q11 * cs + q12 * (-cs);
     a[1][2] = q12 * c2 + q22 * s2, a[2][2] = q12 * s2 + q22 * c2, a[3][2] = q12 * cs + q22 * (-cs);
@@ -209,19 +183,17 @@ inline Single3 singlePrecisionMaterial(const Material& m, bool upper) {
 }
 
 #ifdef SHELLFE_HAVE_EIGEN
-// Symmetric matrix over the ESTIF indices `dofs` from the stored lower
-// triangle (row >= column).
-inline Eigen::MatrixXd symmetricFromLower(const Floats& e, const std::vector<int>& dofs) {
-    const int n = int(dofs.size());
+// Symmetric matrix over ESTIF's degrees of freedom 1 to n from the stored
+// lower triangle (row >= column).
+inline Eigen::MatrixXd symmetricFromLower(const Floats& e, int n) {
     Eigen::MatrixXd k(n, n);
     for (int a = 0; a < n; ++a)
-        for (int b = 0; b < n; ++b)
-            k(a, b) = e(std::max(dofs[a], dofs[b]), std::min(dofs[a], dofs[b]));
+        for (int b = 0; b < n; ++b) k(a, b) = e(1 + std::max(a, b), 1 + std::min(a, b));
     return k;
 }
 // Eigenvalues below tol times the largest, none of them negative beyond
 // that; `gap` receives the smallest of the others relative to the largest.
-inline int zeroEnergyModes(const Eigen::MatrixXd& k, double tol, double* gap = nullptr) {
+inline int zeroEnergyModes(const Eigen::MatrixXd& k, double tol, double* gap) {
     const Eigen::VectorXd ev = Eigen::SelfAdjointEigenSolver<Eigen::MatrixXd>(k).eigenvalues();
     const double top = ev.maxCoeff();
     int zeros = 0;
@@ -229,7 +201,7 @@ inline int zeroEnergyModes(const Eigen::MatrixXd& k, double tol, double* gap = n
         EXPECT_GT(ev(i), -tol * top) << "negative eigenvalue " << ev(i);
         zeros += std::abs(ev(i)) < tol * top;
     }
-    if (gap) *gap = ev(zeros) / top;
+    *gap = ev(zeros) / top;
     return zeros;
 }
 #endif

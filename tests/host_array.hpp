@@ -18,15 +18,28 @@ struct HostMatrix {
         : rows(upper1 + 1), cols(upper2 + 1),
           data(static_cast<std::size_t>(rows * cols), fill) {}
 
-    T& operator()(std::ptrdiff_t a, std::ptrdiff_t b) { return data[a + b * rows]; }
-    const T& operator()(std::ptrdiff_t a, std::ptrdiff_t b) const { return data[a + b * rows]; }
+    T& operator()(std::ptrdiff_t a, std::ptrdiff_t b = 0) { return data[a + b * rows]; }
+    const T& operator()(std::ptrdiff_t a, std::ptrdiff_t b = 0) const { return data[a + b * rows]; }
     T* ptr() { return data.data(); }
+    const T* ptr() const { return data.data(); }
 };
 
 // Exact bit pattern comparison: distinguishes +0 from -0 and NaN payloads.
 template <class T>
 bool same_bits(T a, T b) {
     return std::memcmp(&a, &b, sizeof(T)) == 0;
+}
+template <class T>
+bool same_bits(const HostMatrix<T>& a, const HostMatrix<T>& b) {
+    return a.rows == b.rows && a.cols == b.cols &&
+           std::memcmp(a.ptr(), b.ptr(), a.data.size() * sizeof(T)) == 0;
+}
+// Every entry bit for bit `fill`: nothing was written.
+template <class T>
+bool all_bits(const HostMatrix<T>& a, T fill) {
+    for (const T& v : a.data)
+        if (!same_bits(v, fill)) return false;
+    return true;
 }
 
 // Deterministic pseudo-random values with many significant bits.

@@ -1,6 +1,7 @@
 // Selection of degrees of freedom from an element matrix with six per node.
+#include "frame/views.hpp"
+
 #include "shellfe.h"
-#include "views.hpp"
 
 using namespace shellfe;
 

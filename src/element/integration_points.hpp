@@ -32,7 +32,6 @@ struct ElementPoints {
     Index iel, nnodt;                // nnodt is limited to 9 like nnode
     Array2<float> prop;              // (0:NMAT, 0:*), column 3 of row imat written
     Index imat;
-    DegeneratePoint on_degenerate;
     std::int32_t* ngpt;              // counted before the shape functions
     std::int32_t* ngpt2;             // counted after them; may be null
     float* detj;
@@ -47,7 +46,27 @@ struct PointData {
     float thickness;                 // interpolated from the nodal thicknesses
 };
 
+// The shape and coordinate tables hold nine nodes; larger counts use those.
 inline Index clamp_nodes(std::int32_t n) { return std::min<Index>(n, kMaxElementNodes); }
+
+// The element and its rule from the host's arguments, which all element
+// routines name alike. The scalars are read here, once, before any point
+// writes to the host's arrays; NGPT2 may be null.
+inline ElementPoints element_points(const std::int32_t* NGPX, const std::int32_t* NGPY,
+                                    const std::int32_t* NTYPE, const float* GPOS,
+                                    const float* GWEI, const std::int32_t* NNODE, const float* XY,
+                                    const float* TNODE, const std::int32_t* NELEM,
+                                    const std::int32_t* IEL, const std::int32_t* NNODT,
+                                    float* PROP, const std::int32_t* NMAT,
+                                    const std::int32_t* IMAT, std::int32_t* NGPT,
+                                    std::int32_t* NGPT2, float* DETJ) {
+    return {.ngpx = *NGPX, .ngpy = *NGPY, .ntype = *NTYPE,
+            .gpos = upper_bound(GPOS, Index{2}), .gwei = upper_bound(GWEI, Index{2}),
+            .nnode = clamp_nodes(*NNODE), .xy = upper_bound(XY, Index{kMaxElementNodes}),
+            .tnode = upper_bound(TNODE, *NELEM), .iel = *IEL, .nnodt = clamp_nodes(*NNODT),
+            .prop = upper_bound(PROP, *NMAT), .imat = *IMAT,
+            .ngpt = NGPT, .ngpt2 = NGPT2, .detj = DETJ};
+}
 
 // Counters wrap like the host's 32-bit integers instead of overflowing.
 inline void count_point(std::int32_t* counter) {
@@ -58,9 +77,9 @@ inline void count_point(std::int32_t* counter) {
 // Triangles take point j of the triangle rule on every outer pass, so a host
 // integrating a triangle once passes ngpx = 1.
 template <class Body>
-void for_each_integration_point(const ElementPoints& e, Body&& body) {
+void for_each_integration_point(const ElementPoints& e, DegeneratePoint on_degenerate,
+                                Body&& body) {
     const bool triangle = is_triangle_family(e.ntype);
-    const Index nnodt = std::min<Index>(e.nnodt, kMaxElementNodes);
     const auto x = from_zero(e.xy.at(0, 1));
     const auto y = from_zero(e.xy.at(0, 2));
     PointData p;
@@ -78,7 +97,7 @@ void for_each_integration_point(const ElementPoints& e, Body&& body) {
             *e.detj = det;
             if (det < kSmallestDeterminant) {
                 *e.detj = -1.0f;
-                if (e.on_degenerate == DegeneratePoint::abandon_element) return;
+                if (on_degenerate == DegeneratePoint::abandon_element) return;
                 det = -1.0f;
             }
 
@@ -86,7 +105,7 @@ void for_each_integration_point(const ElementPoints& e, Body&& body) {
             p.factor = det * w;
 
             float t = 0.0f;
-            for (Index k = 1; k <= nnodt; ++k) t = t + p.shape.value[k] * e.tnode(e.iel, k);
+            for (Index k = 1; k <= e.nnodt; ++k) t = t + p.shape.value[k] * e.tnode(e.iel, k);
             e.prop(e.imat, 3) = t;
             p.thickness = t;
 

@@ -5,6 +5,7 @@
 #include "shellfe.h"
 
 #include <cmath>
+#include <optional>
 
 namespace shellfe {
 
@@ -24,18 +25,23 @@ AngleTrig layer_trig(float angle_deg) {
     return {std::sin(theta), std::cos(theta)};
 }
 
-// Two identical, unrotated, isotropic layers have a closed form. Exact
-// comparisons: any difference, or a NaN anywhere, takes the layered path.
-bool is_uniform_isotropic_pair(const LayeredPlate& p) {
-    if (p.nlay != 2) return false;
+// Modulus, Poisson's ratio and total thickness of a plate of two identical,
+// unrotated, isotropic layers, which has a closed form.
+struct UniformPair {
+    float e, nu, t;
+};
+
+// Exact comparisons: any difference, or a NaN anywhere, takes the layered
+// path (nullopt).
+std::optional<UniformPair> uniform_isotropic_pair(const LayeredPlate& p) {
+    if (p.nlay != 2) return std::nullopt;
     const auto& t = p.layers;
     for (Index j = 1; j <= kLastPropertyColumn; ++j) {
-        if (!(t(1, j) == t(2, j))) return false;
+        if (!(t(1, j) == t(2, j))) return std::nullopt;
     }
-    return t(1, 17) == 0.0f && t(1, 1) == t(1, 8) && t(1, 10) == t(1, 11);
+    if (!(t(1, 17) == 0.0f && t(1, 1) == t(1, 8) && t(1, 10) == t(1, 11))) return std::nullopt;
+    return UniformPair{t(1, 8), t(1, 2), std::fabs(p.z(3) - p.z(1))};
 }
-
-float pair_thickness(const LayeredPlate& p) { return std::fabs(p.z(3) - p.z(1)); }
 
 // Rotated reduced stiffness of one layer in bending, components x, y, xy.
 // Deliberately, column 8 of the layer table enters the x-x term and column 1
@@ -78,16 +84,10 @@ Matrix3 layer_bending_stiffness(const LayeredPlate& p, Index layer) {
 
 }  // namespace
 
-LayeredPlate layered_plate(const float* play, const float* zlay, std::int32_t nlay) {
-    return {upper_bound(play, nlay), from_zero(zlay), nlay};
-}
-
 Matrix3 bending_rigidities(const LayeredPlate& p) {
     Matrix3 d;
-    if (is_uniform_isotropic_pair(p)) {
-        const float e = p.layers(1, 8);
-        const float nu = p.layers(1, 2);
-        const float t = pair_thickness(p);
+    if (const auto pair = uniform_isotropic_pair(p)) {
+        const auto [e, nu, t] = *pair;
         const float dd = (((e * t) * t) * t) / ((1.0f - nu * nu) * 12.0f);
         d(1, 1) = dd;
         d(2, 2) = dd;
@@ -112,10 +112,8 @@ Matrix3 bending_rigidities(const LayeredPlate& p) {
 
 Matrix2 shear_rigidities(const LayeredPlate& p) {
     Matrix2 d;
-    if (is_uniform_isotropic_pair(p)) {
-        const float e = p.layers(1, 8);
-        const float nu = p.layers(1, 2);
-        const float t = pair_thickness(p);
+    if (const auto pair = uniform_isotropic_pair(p)) {
+        const auto [e, nu, t] = *pair;
         // G t 5/6 with G = E / 2(1 + nu): the factor 2 and the 1.2 are folded.
         const float ss = (e * t) / (nu * 2.4f + 2.4f);
         d(1, 1) = ss;
@@ -150,16 +148,8 @@ extern "C" void MODPBDLLDOTNET(float* DBEND, float* DSHEAR, const int32_t* IBEND
     const LayeredPlate plate = layered_plate(PROP, ZLAY, *NLAY);
     // One matrix per call; bending wins when both are asked for.
     if (*IBEND == 1) {
-        const Matrix3 d = bending_rigidities(plate);
-        const auto out = upper_bound(DBEND, Index{3});
-        for (Index c = 1; c <= 3; ++c) {
-            for (Index r = 1; r <= 3; ++r) out(r, c) = d(r, c);
-        }
+        store(bending_rigidities(plate), upper_bound(DBEND, Index{3}));
     } else if (*ISHEAR == 1) {
-        const Matrix2 d = shear_rigidities(plate);
-        const auto out = upper_bound(DSHEAR, Index{2});
-        for (Index c = 1; c <= 2; ++c) {
-            for (Index r = 1; r <= 2; ++r) out(r, c) = d(r, c);
-        }
+        store(shear_rigidities(plate), upper_bound(DSHEAR, Index{2}));
     }
 }

@@ -15,7 +15,9 @@ struct LayeredPlate {
     Index nlay;
 };
 
-LayeredPlate layered_plate(const float* play, const float* zlay, std::int32_t nlay);
+inline LayeredPlate layered_plate(const float* play, const float* zlay, std::int32_t nlay) {
+    return {upper_bound(play, nlay), from_zero(zlay), nlay};
+}
 
 // Moments (Mx, My, Mxy) per curvatures (kx, ky, kxy).
 Matrix3 bending_rigidities(const LayeredPlate& plate);

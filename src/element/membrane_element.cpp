@@ -71,24 +71,8 @@ extern "C" void STIFFP003DOTNET(const int32_t* NGPX, const int32_t* NGPY, const 
                                 const int32_t* NMAT, const void* /*unused*/,
                                 const void* /*unused*/, const int32_t* NNODT, float* ESTIF,
                                 float* DETJ) noexcept {
-    const Index nnode = clamp_nodes(*NNODE);
-    const auto prop = upper_bound(PROP, *NMAT);
-    const ElementPoints e{*NGPX,
-                          *NGPY,
-                          *NTYPE,
-                          upper_bound(GPOS, Index{2}),
-                          upper_bound(GWEI, Index{2}),
-                          nnode,
-                          upper_bound(XY, Index{kMaxElementNodes}),
-                          upper_bound(TNODE, *NELEM),
-                          *IEL,
-                          *NNODT,
-                          prop,
-                          *IMAT,
-                          DegeneratePoint::integrate_with_minus_one,
-                          NGPT,
-                          nullptr,
-                          DETJ};
+    const ElementPoints e = element_points(NGPX, NGPY, NTYPE, GPOS, GWEI, NNODE, XY, TNODE, NELEM,
+                                           IEL, NNODT, PROP, NMAT, IMAT, NGPT, nullptr, DETJ);
     const auto estif = upper_bound(ESTIF, kMembraneUpperBound);
 
     // The material depends only on columns 1, 2, 8, 9 and 17 of its row,
@@ -100,6 +84,10 @@ extern "C" void STIFFP003DOTNET(const int32_t* NGPX, const int32_t* NGPY, const 
         read_orthotropic_material(upper_bound(static_cast<const float*>(PROP), *NMAT), *IMAT),
         FormedTriangle::upper);
 
+    // Unlike a plate element, this one integrates a degenerate point too,
+    // with -1.0 in place of its determinant.
+    const Index nnode = e.nnode;
     for_each_integration_point(
-        e, [&](const PointData& p) { add_point_stiffness(p, nnode, d, estif); });
+        e, DegeneratePoint::integrate_with_minus_one,
+        [&](const PointData& p) { add_point_stiffness(p, nnode, d, estif); });
 }

@@ -92,10 +92,6 @@ extern "C" void MODIPDLLDOTNET(float* DMAT, const float* PROP, const int32_t* IM
     const auto prop = upper_bound(PROP, *NMAT);
     // The stand-alone routine forms the lower triangle; the membrane element
     // forms the upper one. Each keeps its own rounding on purpose.
-    const Matrix3 d =
-        rotated_plane_stress(read_orthotropic_material(prop, *IMAT), FormedTriangle::lower);
-    const auto dmat = upper_bound(DMAT, Index{3});
-    for (Index j = 1; j <= 3; ++j) {
-        for (Index i = 1; i <= 3; ++i) dmat(i, j) = d(i, j);
-    }
+    store(rotated_plane_stress(read_orthotropic_material(prop, *IMAT), FormedTriangle::lower),
+          upper_bound(DMAT, Index{3}));
 }

@@ -1,30 +1,45 @@
-// One integration point's contribution to the bending triple (transverse
-// displacement and two rotations) of every node of a plate element, shared by
-// the bending and the transverse-shear routines.
+// The stiffness of a plate element on the bending triple (transverse
+// displacement and two rotations) of every node: the point loop and each
+// point's contribution, shared by the bending and the transverse-shear
+// routines, which differ only in their rigidities and strain vectors.
 #pragma once
 
+#include "element/integration_points.hpp"
+#include "element/layered_plate.hpp"
 #include "element/shape_functions.hpp"
 #include "element/small_matrix.hpp"
 
 namespace shellfe {
 
-// Strain vectors of the three degrees of freedom of every node:
-// v[r-1][m-1][n] is component m of the strain of degree of freedom r of
-// node n. NC = 3 curvatures (bending) or 2 transverse shear strains.
+// Where a plate routine adds its stiffness: degree of freedom c (1..3) of
+// node n is index ioff + c + ndofn (n - 1) of estif, (0:LDES, 0:*).
+struct PlateDofs {
+    Array2<float> estif;
+    Index ioff, ndofn;
+};
+
+// Strain vectors of the three degrees of freedom of one node: v[r-1][m-1] is
+// component m of the strain of degree of freedom r. NC = 3 curvatures
+// (bending) or 2 transverse shear strains.
 template <int NC>
-struct PlateStrains {
-    float v[3][NC][kMaxElementNodes + 1];
+struct NodeStrains {
+    float v[3][NC];
 };
 
 // Adds f * g_i,c . (D g_j,r) to ESTIF(ioff + r + ndofn (j-1), ioff + c +
 // ndofn (i-1)) for node pairs j >= i, all nine entries of each block, the
-// zero products included. Each product D g_j,r depends on node j only and is
-// formed once per point; the entries themselves are updated in the order
-// i, j, c, r, so that even overlapping node blocks (ndofn < ioff + 3) add up
-// as hosts expect.
-template <int NC>
-void add_plate_point(const SmallMatrix<NC, NC>& d, const PlateStrains<NC>& g, Index nnode, float f,
-                     const Array2<float>& estif, Index ioff, Index ndofn) {
+// zero products included; g_n,r is the strain vector strains(n).v[r-1]. Each
+// product D g_j,r depends on node j only and is formed once per point; the
+// entries themselves are updated in the order i, j, c, r, so that even
+// overlapping node blocks (ndofn < ioff + 3) add up as hosts expect.
+//
+// The strain vectors are mere copies and negations of the point's shape
+// functions and derivatives, so they are formed where they are used rather
+// than tabulated first (a table of up to 81 entries per point, filled and
+// read back, cost more than forming them twice).
+template <int NC, class Strains>
+void add_plate_point(const SmallMatrix<NC, NC>& d, Strains&& strains, Index nnode, float f,
+                     const PlateDofs& dofs) {
     // Node j's degree of freedom r (from 0) sits at q = 3 (j - 1) + r of the
     // flattened tables below, so the loops over node pairs run over one
     // contiguous index and vectorise.
@@ -37,9 +52,10 @@ void add_plate_point(const SmallMatrix<NC, NC>& d, const PlateStrains<NC>& g, In
         float dm[NC];
         for (int k = 0; k < NC; ++k) dm[k] = d(m + 1, k + 1);
         for (Index j = 1; j <= nnode; ++j) {
+            const NodeStrains<NC> g = strains(j);
             for (int r = 0; r < 3; ++r) {
-                float v = dm[0] * g.v[r][0][j];
-                for (int k = 1; k < NC; ++k) v = v + dm[k] * g.v[r][k][j];
+                float v = dm[0] * g.v[r][0];
+                for (int k = 1; k < NC; ++k) v = v + dm[k] * g.v[r][k];
                 pr[m][3 * (j - 1) + r] = v;
             }
         }
@@ -47,10 +63,10 @@ void add_plate_point(const SmallMatrix<NC, NC>& d, const PlateStrains<NC>& g, In
 
     float kk[3][Q];  // kk[c][q]: K(r, c) of the block of nodes (j, i)
     for (Index i = 1; i <= nnode; ++i) {
+        const NodeStrains<NC> g = strains(i);
         const Index q0 = 3 * (i - 1);
         for (int c = 0; c < 3; ++c) {
-            float gi[NC];
-            for (int m = 0; m < NC; ++m) gi[m] = g.v[c][m][i];
+            const float* gi = g.v[c];
             float* out = kk[c];
             for (Index q = q0; q < nq; ++q) {
                 float v = gi[0] * pr[0][q];
@@ -58,18 +74,38 @@ void add_plate_point(const SmallMatrix<NC, NC>& d, const PlateStrains<NC>& g, In
                 out[q] = v;
             }
         }
-        const Index col0 = ioff + ndofn * (i - 1);
+        const Index col0 = dofs.ioff + dofs.ndofn * (i - 1);
         for (Index j = i; j <= nnode; ++j) {
-            const Index row0 = ioff + ndofn * (j - 1);
+            const Index row0 = dofs.ioff + dofs.ndofn * (j - 1);
             const Index q = 3 * (j - 1);
             for (int c = 0; c < 3; ++c) {
                 for (int r = 0; r < 3; ++r) {
-                    float& e = estif(row0 + r + 1, col0 + c + 1);
+                    float& e = dofs.estif(row0 + r + 1, col0 + c + 1);
                     e = e + f * kk[c][q + r];
                 }
             }
         }
     }
+}
+
+// Integrates a plate element with NC strain components: rigidities(plate)
+// gives D, strains(p, n) the strain vectors of node n at point p. Both come in
+// as template arguments, so that the calls at every point and node are direct
+// and inline.
+//
+// A plate element is abandoned at its first degenerate point, unlike the
+// membrane element: hosts test DETJ = -1.0 and rebuild the element rather
+// than use a stiffness integrated with a flipped sign.
+template <int NC, SmallMatrix<NC, NC> (*rigidities)(const LayeredPlate&),
+          NodeStrains<NC> (*strains)(const PointData&, Index)>
+void integrate_plate(const ElementPoints& e, const LayeredPlate& plate, const PlateDofs& dofs) {
+    for_each_integration_point(e, DegeneratePoint::abandon_element, [&](const PointData& p) {
+        // Formed afresh at every point, after the thickness is written: a
+        // host may pass its material table as the layer table too, and the
+        // written column takes part in the closed-form test.
+        const SmallMatrix<NC, NC> d = rigidities(plate);
+        add_plate_point(d, [&p](Index n) { return strains(p, n); }, e.nnode, p.factor, dofs);
+    });
 }
 
 }  // namespace shellfe

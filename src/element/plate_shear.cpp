@@ -8,6 +8,18 @@
 
 using namespace shellfe;
 
+namespace {
+
+// Transverse shear strains (gx, gy) of the triple's degrees of freedom of
+// node n: displacement (dN/dy, -dN/dx), rotations (-N, 0) and (0, -N),
+// matching the bending routine's rotation signs.
+NodeStrains<2> shear_strains(const PointData& p, Index n) {
+    const float nn = p.shape.value[n];
+    return {{{p.dy[n], -p.dx[n]}, {-nn, 0.0f}, {0.0f, -nn}}};
+}
+
+}  // namespace
+
 extern "C" void STIFFP002DOTNET(const int32_t* NGPX, const int32_t* NGPY, const int32_t* NTYPE,
                                 const float* GPOS, int32_t* NGPT, const int32_t* IEL,
                                 const int32_t* NNODE, const float* XY, const float* TNODE,
@@ -17,44 +29,9 @@ extern "C" void STIFFP002DOTNET(const int32_t* NGPX, const int32_t* NGPY, const 
                                 const int32_t* LDES, const int32_t* NDOFN, const int32_t* NNODT,
                                 const float* PLAY, const float* ZLAY, const int32_t* NLAY,
                                 float* DETJ) noexcept {
-    const Index nnode = clamp_nodes(*NNODE);
-    const ElementPoints e{*NGPX,
-                          *NGPY,
-                          *NTYPE,
-                          upper_bound(GPOS, Index{2}),
-                          upper_bound(GWEI, Index{2}),
-                          nnode,
-                          upper_bound(XY, Index{kMaxElementNodes}),
-                          upper_bound(TNODE, *NELEM),
-                          *IEL,
-                          *NNODT,
-                          upper_bound(PROP, *NMAT),
-                          *IMAT,
-                          DegeneratePoint::abandon_element,
-                          NGPT,
-                          nullptr,
-                          DETJ};
+    const ElementPoints e = element_points(NGPX, NGPY, NTYPE, GPOS, GWEI, NNODE, XY, TNODE, NELEM,
+                                           IEL, NNODT, PROP, NMAT, IMAT, NGPT, nullptr, DETJ);
     const LayeredPlate plate = layered_plate(PLAY, ZLAY, *NLAY);
-    const auto estif = upper_bound(ESTIF, *LDES);
-    const Index ioff = *IOFF;
-    const Index ndofn = *NDOFN;
-
-    for_each_integration_point(e, [&](const PointData& p) {
-        // Per point and after the thickness write, as in the bending routine.
-        const Matrix2 s = shear_rigidities(plate);
-        // Transverse shear strains (gx, gy) of the triple's degrees of
-        // freedom: displacement (dN/dy, -dN/dx), rotations (-N, 0) and
-        // (0, -N), matching the bending routine's rotation signs.
-        PlateStrains<2> h;
-        for (Index n = 1; n <= nnode; ++n) {
-            const float nn = p.shape.value[n];
-            h.v[0][0][n] = p.dy[n];
-            h.v[0][1][n] = -p.dx[n];
-            h.v[1][0][n] = -nn;
-            h.v[1][1][n] = 0.0f;
-            h.v[2][0][n] = 0.0f;
-            h.v[2][1][n] = -nn;
-        }
-        add_plate_point(s, h, nnode, p.factor, estif, ioff, ndofn);
-    });
+    const PlateDofs dofs{upper_bound(ESTIF, *LDES), *IOFF, *NDOFN};
+    integrate_plate<2, shear_rigidities, shear_strains>(e, plate, dofs);
 }

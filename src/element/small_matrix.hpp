@@ -13,6 +13,14 @@ struct SmallMatrix {
     float operator()(Index r, Index c) const { return e[c - 1][r - 1]; }
 };
 
+// Writes m into rows 1..R and columns 1..C of a host array, column by column.
+template <int R, int C>
+void store(const SmallMatrix<R, C>& m, const Array2<float>& out) {
+    for (Index c = 1; c <= C; ++c) {
+        for (Index r = 1; r <= R; ++r) out(r, c) = m(r, c);
+    }
+}
+
 using Matrix2 = SmallMatrix<2, 2>;
 using Matrix3 = SmallMatrix<3, 3>;
 
