@@ -167,7 +167,9 @@ struct Single3 {
 inline Single3 singlePrecisionMaterial(const Material& m, bool upper) {
     const float r = ((m.nu * m.nu) * m.e2) / m.e1, den = 1.0f - r;
     const float q22 = m.e2 / den, q11 = m.e1 / den, q12 = m.nu * q22;
-    const float th = (3.1415927f * m.theta) / 180.0f, s = std::sin(th), c = std::cos(th);
+    // Sine and cosine correctly rounded to single precision.
+    const float th = (3.1415927f * m.theta) / 180.0f;
+    const float s = float(std::sin(double(th))), c = float(std::cos(double(th)));
     const float c2 = c * c, s2 = s * s, cs = c * s;
     const float t[4][4] = {{}, {0, c2, s2, -(2.0f * cs)}, {0, s2, c2, 2.0f * cs}, {0, cs, -cs, c2 - s2}};
     float a[4][4] = {};

@@ -2,6 +2,8 @@
 // operations.
 #include "element/layered_plate.hpp"
 
+#include "element/angles.hpp"
+
 #include "shellfe.h"
 
 #include <cmath>
@@ -11,18 +13,13 @@ namespace shellfe {
 
 namespace {
 
-constexpr float kPi = 3.1415927f;
 // Transverse shear correction 5/6, applied as a division by 1.2.
 constexpr float kShearCorrectionDivisor = 1.2f;
 constexpr Index kLastPropertyColumn = 17;
 
-struct AngleTrig {
-    float s, c;
-};
-
-AngleTrig layer_trig(float angle_deg) {
-    const float theta = (angle_deg * kPi) / 180.0f;
-    return {std::sin(theta), std::cos(theta)};
+// Sine and cosine of a layer's material angle (column 17, degrees).
+SinCos layer_trig(const LayeredPlate& p, Index layer) {
+    return sin_cos(degrees_to_radians(p.layers(layer, 17)));
 }
 
 // Modulus, Poisson's ratio and total thickness of a plate of two identical,
@@ -54,7 +51,7 @@ Matrix3 layer_bending_stiffness(const LayeredPlate& p, Index layer) {
     const float nu = t(layer, 2);
     const float e8 = t(layer, 8);
     const float g = t(layer, 9);
-    const auto [s, c] = layer_trig(t(layer, 17));
+    const auto [s, c] = layer_trig(p, layer);
 
     const float nu21 = (nu * e8) / e1;
     const float den = 1.0f - nu * nu21;
@@ -124,7 +121,7 @@ Matrix2 shear_rigidities(const LayeredPlate& p) {
         const auto& t = p.layers;
         const float g10 = t(layer, 10) / kShearCorrectionDivisor;
         const float g11 = t(layer, 11) / kShearCorrectionDivisor;
-        const auto [s, c] = layer_trig(t(layer, 17));
+        const auto [s, c] = layer_trig(p, layer);
         Matrix2 q;
         q(1, 1) = c * g11 * c + s * g10 * s;
         q(2, 2) = c * g10 * c + s * g11 * s;

@@ -2,6 +2,8 @@
 // axes, in single precision with a fixed order of operations.
 #include "element/membrane_material.hpp"
 
+#include "element/angles.hpp"
+
 #include "shellfe.h"
 
 #include <cmath>
@@ -9,7 +11,6 @@
 namespace shellfe {
 
 namespace {
-constexpr float kPi = 3.1415927f;
 // Below this angle in radians (about 0.0573 degrees) the rotation is skipped
 // and the unrotated matrix, with exact zero couplings, is returned. Hosts
 // rely on the exact zeros for materials entered with tiny angles.
@@ -29,7 +30,7 @@ Matrix3 rotated_plane_stress(const OrthotropicMaterial& m, FormedTriangle formed
     const float g = m.g12;
 
     Matrix3 d;
-    const float theta = (kPi * m.angle_deg) / 180.0f;
+    const float theta = degrees_to_radians(m.angle_deg);
     if (std::fabs(theta) < kSmallestRotation) {
         d(1, 1) = q11;
         d(2, 1) = q12;
@@ -39,8 +40,7 @@ Matrix3 rotated_plane_stress(const OrthotropicMaterial& m, FormedTriangle formed
         return d;  // couplings with the shear component stay exactly zero
     }
 
-    const float s = std::sin(theta);
-    const float c = std::cos(theta);
+    const auto [s, c] = sin_cos(theta);
     const float c2 = c * c;
     const float s2 = s * s;
     const float cs = c * s;
