@@ -27,6 +27,11 @@
 
 #include <stdint.h>
 
+/* Version of this header and of the library it declares. */
+#define SHELLFE_VERSION_MAJOR 0
+#define SHELLFE_VERSION_MINOR 1
+#define SHELLFE_VERSION_PATCH 0
+
 #if defined(SHELLFE_BUILDING_LIBRARY)
 #  if defined(_WIN32)
 /* The DLL's exports come from its module-definition file. */
