@@ -18,9 +18,16 @@
  *   - nothing is validated: counts of zero or less do no work, sizes and
  *     indices are the host's responsibility.
  *
+ * The routines validate nothing. A NULL or too short output array is written
+ * through anyway and crashes the host or corrupts its memory; a count below 1
+ * simply does no work. docs/api.md lists, for every argument, the extent a
+ * routine may touch.
+ *
  * All routines are thread-safe on distinct arrays: the library keeps no
  * mutable static data. Arguments documented as unused must still be passed
  * (any valid address, NULL included).
+ *
+ * Copyright (c) 2026 the shellfe developers. BSD-3-Clause licence: see LICENSE.
  */
 #ifndef SHELLFE_H
 #define SHELLFE_H
@@ -69,6 +76,11 @@ extern "C" {
  * reproducible: every product is rounded to the working precision and the
  * terms of each entry are added in increasing t starting from zero, on every
  * CPU. The dot-product forms (MATMULBT, MATMULBTDOUBLE) may sum in any order.
+ *
+ * CMAT must not share storage with AMAT or BMAT. The factors are read in
+ * packed blocks while CMAT is being written, so an overlapping CMAT receives
+ * neither the product of the old values nor that of any fixed update order:
+ * its result is unspecified (though never outside CMAT's own entries).
  * ------------------------------------------------------------------------ */
 
 /* CMAT(j, i) = sum_t AMAT(t, i) * BMAT(j, t)            (C = A*B, float) */
@@ -83,7 +95,10 @@ SHELLFE_API void MATMULBTDLLDOTNET(const float* AMAT, const float* BMAT, float* 
                                    const int32_t* NDIM) SHELLFE_NOEXCEPT;
 
 /* CMAT(j, i) = sum_t AMAT(i, t) * BMAT(j, t)            (C = A^T*B, float)
- * AMAT keeps leading dimension KDIM+1 although its first index runs to MDIM. */
+ * AMAT keeps leading dimension KDIM+1 although its first index runs to MDIM.
+ * With MDIM > KDIM the columns of AMAT therefore overlap: AMAT(i, t) for
+ * i > KDIM is the same element as AMAT(i - KDIM - 1, t + 1). A factor wider
+ * than it is deep cannot be passed; use MATMULDLLDOTNET on its transpose. */
 SHELLFE_API void MATMULATDLLDOTNET(const float* AMAT, const float* BMAT, float* CMAT,
                                    const int32_t* MDIM, const int32_t* KDIM,
                                    const int32_t* NDIM) SHELLFE_NOEXCEPT;
@@ -109,7 +124,8 @@ SHELLFE_API void MATMULBTDOUBLEDLLDOTNET(const double* AMAT, const double* BMAT,
  *    of every node block of ESTIF (0:LDES, 0:*), NDOFN per node. Only node
  *    blocks (p, q) with p >= q are added: ESTIF carries its data in the lower
  *    block triangle.
- * 2. Unless IELNOD(IELEM, 0) != 0, gives the last degree of freedom of each
+ * 2. Only if IELNOD(IELEM, 0) is 0 (any other value, negative included, skips
+ *    this step), gives the last degree of freedom of each
  *    node whose NODFLG(|IELNOD(IELEM, n)|) is 0 a drilling stiffness of 10.0,
  *    capped at RATIO times each of the node's two other rotational diagonals
  *    that exceeds 0.0001, and sets that flag to 1. A node already flagged

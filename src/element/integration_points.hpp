@@ -3,11 +3,11 @@
 // degenerate-point rule, integration factor and interpolated thickness.
 #pragma once
 
+#include <cstdint>
+
 #include "element/jacobian.hpp"
 #include "element/shape_functions.hpp"
-
-#include <algorithm>
-#include <cstdint>
+#include "frame/numbering.hpp"
 
 namespace shellfe {
 
@@ -22,7 +22,24 @@ enum class DegeneratePoint {
     abandon_element,
 };
 
-// Everything an element routine needs from the host to run its points.
+// The host's arguments that every element routine takes, by name. Element
+// routines fill this with designated initialisers, so that two arguments of
+// the same type cannot trade places unnoticed. NGPT2 may be null.
+struct ElementArgs {
+    const std::int32_t *NGPX, *NGPY, *NTYPE;
+    const float *GPOS, *GWEI;
+    std::int32_t *NGPT, *NGPT2;
+    const std::int32_t* NNODE;
+    const float* XY;
+    const std::int32_t* IEL;
+    const float* TNODE;
+    const std::int32_t *NELEM, *NNODT, *IMAT;
+    float* PROP;
+    const std::int32_t* NMAT;
+    float* DETJ;
+};
+
+// The element and its rule, bound to views.
 struct ElementPoints {
     std::int32_t ngpx, ngpy, ntype;
     Array2<const float> gpos, gwei;  // (0:2, 0:*)
@@ -32,46 +49,30 @@ struct ElementPoints {
     Index iel, nnodt;                // nnodt is limited to 9 like nnode
     Array2<float> prop;              // (0:NMAT, 0:*), column 3 of row imat written
     Index imat;
-    std::int32_t* ngpt;              // counted before the shape functions
-    std::int32_t* ngpt2;             // counted after them; may be null
+    std::int32_t* ngpt;   // counted before the shape functions
+    std::int32_t* ngpt2;  // counted after them; may be null
     float* detj;
 };
+
+// The scalars are read here, once, before any point writes to the host's
+// arrays.
+inline ElementPoints element_points(const ElementArgs& a) {
+    return {.ngpx = *a.NGPX, .ngpy = *a.NGPY, .ntype = *a.NTYPE,
+            .gpos = host_array(a.GPOS, {0, 2}), .gwei = host_array(a.GWEI, {0, 2}),
+            .nnode = element_nodes(*a.NNODE), .xy = host_array(a.XY, {0, kMaxElementNodes}),
+            .tnode = host_array(a.TNODE, {0, *a.NELEM}), .iel = *a.IEL,
+            .nnodt = element_nodes(*a.NNODT), .prop = host_array(a.PROP, {0, *a.NMAT}),
+            .imat = *a.IMAT, .ngpt = a.NGPT, .ngpt2 = a.NGPT2, .detj = a.DETJ};
+}
 
 // One point's data as the element routines see it.
 struct PointData {
     ShapeTable shape;
-    float dx[kMaxElementNodes + 1];  // dN_k/dx, k = 1..nnode
-    float dy[kMaxElementNodes + 1];  // dN_k/dy
-    float factor;                    // determinant (or -1.0) times weight
-    float thickness;                 // interpolated from the nodal thicknesses
+    float d_dx[kMaxElementNodes + 1];  // dN_k/dx, k = 1..nnode
+    float d_dy[kMaxElementNodes + 1];  // dN_k/dy
+    float det_weight;                  // determinant (or -1.0) times weight
+    float thickness;                   // interpolated from the nodal thicknesses
 };
-
-// The shape and coordinate tables hold nine nodes; larger counts use those.
-inline Index clamp_nodes(std::int32_t n) { return std::min<Index>(n, kMaxElementNodes); }
-
-// The element and its rule from the host's arguments, which all element
-// routines name alike. The scalars are read here, once, before any point
-// writes to the host's arrays; NGPT2 may be null.
-inline ElementPoints element_points(const std::int32_t* NGPX, const std::int32_t* NGPY,
-                                    const std::int32_t* NTYPE, const float* GPOS,
-                                    const float* GWEI, const std::int32_t* NNODE, const float* XY,
-                                    const float* TNODE, const std::int32_t* NELEM,
-                                    const std::int32_t* IEL, const std::int32_t* NNODT,
-                                    float* PROP, const std::int32_t* NMAT,
-                                    const std::int32_t* IMAT, std::int32_t* NGPT,
-                                    std::int32_t* NGPT2, float* DETJ) {
-    return {.ngpx = *NGPX, .ngpy = *NGPY, .ntype = *NTYPE,
-            .gpos = upper_bound(GPOS, Index{2}), .gwei = upper_bound(GWEI, Index{2}),
-            .nnode = clamp_nodes(*NNODE), .xy = upper_bound(XY, Index{kMaxElementNodes}),
-            .tnode = upper_bound(TNODE, *NELEM), .iel = *IEL, .nnodt = clamp_nodes(*NNODT),
-            .prop = upper_bound(PROP, *NMAT), .imat = *IMAT,
-            .ngpt = NGPT, .ngpt2 = NGPT2, .detj = DETJ};
-}
-
-// Counters wrap like the host's 32-bit integers instead of overflowing.
-inline void count_point(std::int32_t* counter) {
-    *counter = static_cast<std::int32_t>(static_cast<std::uint32_t>(*counter) + 1u);
-}
 
 // Runs body(const PointData&) for i = 1..ngpx (outer), j = 1..ngpy (inner).
 // Triangles take point j of the triangle rule on every outer pass, so a host
@@ -80,20 +81,18 @@ template <class Body>
 void for_each_integration_point(const ElementPoints& e, DegeneratePoint on_degenerate,
                                 Body&& body) {
     const bool triangle = is_triangle_family(e.ntype);
-    const auto x = from_zero(e.xy.at(0, 1));
-    const auto y = from_zero(e.xy.at(0, 2));
     PointData p;
     for (Index i = 1; i <= e.ngpx; ++i) {
         for (Index j = 1; j <= e.ngpy; ++j) {
             const float xi = triangle ? e.gpos(2, 2 * j - 1) : e.gpos(1, i);
             const float eta = triangle ? e.gpos(2, 2 * j) : e.gpos(1, j);
-            count_point(e.ngpt);
+            increment(e.ngpt);
             evaluate_shape_functions(e.ntype, xi, eta, p.shape);
-            if (e.ngpt2) count_point(e.ngpt2);
+            if (e.ngpt2) increment(e.ngpt2);
 
-            float det = cartesian_derivatives(from_zero<const float>(p.shape.dxi),
-                                              from_zero<const float>(p.shape.deta), x, y, e.nnode,
-                                              from_zero(p.dx), from_zero(p.dy));
+            float det = cartesian_derivatives(
+                host_array<const float>(p.shape.d_dxi), host_array<const float>(p.shape.d_deta),
+                e.xy.column(1), e.xy.column(2), e.nnode, host_array(p.d_dx), host_array(p.d_dy));
             *e.detj = det;
             if (det < kSmallestDeterminant) {
                 *e.detj = -1.0f;
@@ -102,7 +101,7 @@ void for_each_integration_point(const ElementPoints& e, DegeneratePoint on_degen
             }
 
             const float w = triangle ? e.gwei(2, j) : e.gwei(1, i) * e.gwei(1, j);
-            p.factor = det * w;
+            p.det_weight = det * w;
 
             float t = 0.0f;
             for (Index k = 1; k <= e.nnodt; ++k) t = t + p.shape.value[k] * e.tnode(e.iel, k);

@@ -4,7 +4,6 @@
 
 #include "shellfe.h"
 
-#include <algorithm>
 
 namespace shellfe {
 
@@ -57,19 +56,14 @@ float cartesian_derivatives(Array1<const float> dxi, Array1<const float> deta,
 
 using namespace shellfe;
 
-namespace {
-// DERIV, ELCOD and CARTD all have the fixed first dimension (0:9).
-constexpr Index kNodeRowsUpperBound = kMaxElementNodes;
-}  // namespace
-
 extern "C" void JACOB2DLLDOTNET(float* CARTD, const float* DERIV, float* DETJ, const float* ELCOD,
                                 const int32_t* NENOD) noexcept {
-    // Nine rows are all that the fixed tables hold.
-    const Index nenod = std::min<Index>(*NENOD, kNodeRowsUpperBound);
-    const auto deriv = upper_bound(DERIV, kNodeRowsUpperBound);
-    const auto elcod = upper_bound(ELCOD, kNodeRowsUpperBound);
-    const auto cartd = upper_bound(CARTD, kNodeRowsUpperBound);
-    *DETJ = cartesian_derivatives(from_zero(deriv.at(0, 2)), from_zero(deriv.at(0, 3)),
-                                  from_zero(elcod.at(0, 1)), from_zero(elcod.at(0, 2)), nenod,
-                                  from_zero(cartd.at(0, 1)), from_zero(cartd.at(0, 2)));
+    // DERIV, ELCOD and CARTD all have the fixed shape (0:9, 0:*).
+    const Dim node_rows{0, kMaxElementNodes};
+    const auto deriv = host_array(DERIV, node_rows);
+    const auto elcod = host_array(ELCOD, node_rows);
+    const auto cartd = host_array(CARTD, node_rows);
+    *DETJ = cartesian_derivatives(deriv.column(2), deriv.column(3), elcod.column(1),
+                                  elcod.column(2), element_nodes(*NENOD), cartd.column(1),
+                                  cartd.column(2));
 }

@@ -135,6 +135,20 @@ Matrix2 shear_rigidities(const LayeredPlate& p) {
     return d;
 }
 
+namespace {
+
+// Which matrix a call forms: the bending matrix when ibend is 1, otherwise
+// the shear matrix when ishear is 1, otherwise none. One per call.
+void form_plate_rigidities(const LayeredPlate& plate, std::int32_t ibend, std::int32_t ishear,
+                           const Array2<float>& dbend, const Array2<float>& dshear) {
+    if (ibend == 1) {
+        store(bending_rigidities(plate), dbend);
+    } else if (ishear == 1) {
+        store(shear_rigidities(plate), dshear);
+    }
+}
+
+}  // namespace
 }  // namespace shellfe
 
 using namespace shellfe;
@@ -142,11 +156,6 @@ using namespace shellfe;
 extern "C" void MODPBDLLDOTNET(float* DBEND, float* DSHEAR, const int32_t* IBEND,
                                const int32_t* ISHEAR, const float* PROP, const float* ZLAY,
                                const int32_t* NLAY) noexcept {
-    const LayeredPlate plate = layered_plate(PROP, ZLAY, *NLAY);
-    // One matrix per call; bending wins when both are asked for.
-    if (*IBEND == 1) {
-        store(bending_rigidities(plate), upper_bound(DBEND, Index{3}));
-    } else if (*ISHEAR == 1) {
-        store(shear_rigidities(plate), upper_bound(DSHEAR, Index{2}));
-    }
+    form_plate_rigidities(layered_plate(PROP, ZLAY, *NLAY), *IBEND, *ISHEAR,
+                          host_array(DBEND, {0, 3}), host_array(DSHEAR, {0, 2}));
 }

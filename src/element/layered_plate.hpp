@@ -16,7 +16,7 @@ struct LayeredPlate {
 };
 
 inline LayeredPlate layered_plate(const float* play, const float* zlay, std::int32_t nlay) {
-    return {upper_bound(play, nlay), from_zero(zlay), nlay};
+    return {host_array(play, {0, nlay}), host_array(zlay), nlay};
 }
 
 // Moments (Mx, My, Mxy) per curvatures (kx, ky, kxy).

@@ -5,13 +5,13 @@
 
 #include "shellfe.h"
 
-using namespace shellfe;
-
+namespace shellfe {
 namespace {
 
 // The in-plane element matrix has the fixed shape (0:18, 0:18).
 constexpr Index kMembraneUpperBound = 18;
 constexpr Index kMembraneDofs = 2 * kMaxElementNodes;
+static_assert(kMembraneDofs == kMembraneUpperBound);
 
 // Adds s * B D B^T at one point into the lower triangle of the membrane
 // matrix. Strain rows of B: 1 = ex, 2 = ey, 3 = gxy over degrees of freedom
@@ -24,12 +24,12 @@ void add_point_stiffness(const PointData& p, Index nnode, const Matrix3& d,
     float b[3][kMembraneDofs + 1];
     float bd[3][kMembraneDofs + 1];
     for (Index k = 1; k <= nnode; ++k) {
-        b[0][2 * k - 1] = p.dx[k];
+        b[0][2 * k - 1] = p.d_dx[k];
         b[0][2 * k] = 0.0f;
         b[1][2 * k - 1] = 0.0f;
-        b[1][2 * k] = p.dy[k];
-        b[2][2 * k - 1] = p.dy[k];
-        b[2][2 * k] = p.dx[k];
+        b[1][2 * k] = p.d_dy[k];
+        b[2][2 * k - 1] = p.d_dy[k];
+        b[2][2 * k] = p.d_dx[k];
     }
     for (Index r = 1; r <= 3; ++r) {
         const float d1 = d(1, r), d2 = d(2, r), d3 = d(3, r);
@@ -37,7 +37,7 @@ void add_point_stiffness(const PointData& p, Index nnode, const Matrix3& d,
         for (Index m = 1; m <= n; ++m) out[m] = (b[0][m] * d1 + b[1][m] * d2) + b[2][m] * d3;
     }
 
-    const float s = p.factor * p.thickness;
+    const float s = p.det_weight * p.thickness;
     for (Index c = 1; c <= n; ++c) {
         const float g1 = s * b[0][c];
         const float g2 = s * b[1][c];
@@ -47,7 +47,7 @@ void add_point_stiffness(const PointData& p, Index nnode, const Matrix3& d,
         // exactly as three successive sweeps over the column would give;
         // the rows are independent, so this loop vectorises without
         // changing a bit.
-        const auto col = from_zero(estif.at(0, c));
+        const auto col = estif.column(c);
         const float* bd1 = bd[0];
         const float* bd2 = bd[1];
         const float* bd3 = bd[2];
@@ -61,33 +61,39 @@ void add_point_stiffness(const PointData& p, Index nnode, const Matrix3& d,
     }
 }
 
+// Integrates the membrane stiffness of one element into the lower triangle
+// of its (0:18, 0:18) matrix. Unlike a plate element, this one integrates a
+// degenerate point too, with -1.0 in place of its determinant.
+void integrate_membrane(const ElementPoints& e, const Matrix3& d, const Array2<float>& estif) {
+    for_each_integration_point(e, DegeneratePoint::integrate_with_minus_one,
+                               [&](const PointData& p) { add_point_stiffness(p, e.nnode, d, estif); });
+}
+
 }  // namespace
+}  // namespace shellfe
+
+using namespace shellfe;
 
 extern "C" void STIFFP003DOTNET(const int32_t* NGPX, const int32_t* NGPY, const int32_t* NTYPE,
                                 const float* GPOS, int32_t* NGPT, const int32_t* IEL,
                                 const int32_t* NNODE, const float* XY, const float* TNODE,
-                                const void* /*unused*/, const int32_t* IMAT, float* PROP,
-                                const float* GWEI, const void* /*unused*/, const int32_t* NELEM,
-                                const int32_t* NMAT, const void* /*unused*/,
-                                const void* /*unused*/, const int32_t* NNODT, float* ESTIF,
+                                const void* /*UNUSED10*/, const int32_t* IMAT, float* PROP,
+                                const float* GWEI, const void* /*UNUSED14*/, const int32_t* NELEM,
+                                const int32_t* NMAT, const void* /*UNUSED17*/,
+                                const void* /*UNUSED18*/, const int32_t* NNODT, float* ESTIF,
                                 float* DETJ) noexcept {
-    const ElementPoints e = element_points(NGPX, NGPY, NTYPE, GPOS, GWEI, NNODE, XY, TNODE, NELEM,
-                                           IEL, NNODT, PROP, NMAT, IMAT, NGPT, nullptr, DETJ);
-    const auto estif = upper_bound(ESTIF, kMembraneUpperBound);
-
+    const ElementPoints e = element_points({.NGPX = NGPX, .NGPY = NGPY, .NTYPE = NTYPE,
+                                            .GPOS = GPOS, .GWEI = GWEI, .NGPT = NGPT,
+                                            .NGPT2 = nullptr, .NNODE = NNODE, .XY = XY, .IEL = IEL,
+                                            .TNODE = TNODE, .NELEM = NELEM, .NNODT = NNODT,
+                                            .IMAT = IMAT, .PROP = PROP, .NMAT = NMAT, .DETJ = DETJ});
     // The material depends only on columns 1, 2, 8, 9 and 17 of its row,
     // which the point loop never writes (it writes column 3), so the matrix
     // is the same at every point and is formed once. The element forms the
     // upper triangle, unlike the stand-alone material routine: its hosts'
     // reference matrices were made that way.
     const Matrix3 d = rotated_plane_stress(
-        read_orthotropic_material(upper_bound(static_cast<const float*>(PROP), *NMAT), *IMAT),
+        read_orthotropic_material(host_array<const float>(PROP, {0, *NMAT}), *IMAT),
         FormedTriangle::upper);
-
-    // Unlike a plate element, this one integrates a degenerate point too,
-    // with -1.0 in place of its determinant.
-    const Index nnode = e.nnode;
-    for_each_integration_point(
-        e, DegeneratePoint::integrate_with_minus_one,
-        [&](const PointData& p) { add_point_stiffness(p, nnode, d, estif); });
+    integrate_membrane(e, d, host_array(ESTIF, {0, kMembraneUpperBound}));
 }

@@ -89,9 +89,8 @@ using namespace shellfe;
 
 extern "C" void MODIPDLLDOTNET(float* DMAT, const float* PROP, const int32_t* IMAT,
                                const int32_t* NMAT) noexcept {
-    const auto prop = upper_bound(PROP, *NMAT);
     // The stand-alone routine forms the lower triangle; the membrane element
     // forms the upper one. Each keeps its own rounding on purpose.
-    store(rotated_plane_stress(read_orthotropic_material(prop, *IMAT), FormedTriangle::lower),
-          upper_bound(DMAT, Index{3}));
+    const OrthotropicMaterial m = read_orthotropic_material(host_array(PROP, {0, *NMAT}), *IMAT);
+    store(rotated_plane_stress(m, FormedTriangle::lower), host_array(DMAT, {0, 3}));
 }

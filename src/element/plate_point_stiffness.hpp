@@ -12,10 +12,11 @@
 namespace shellfe {
 
 // Where a plate routine adds its stiffness: degree of freedom c (1..3) of
-// node n is index ioff + c + ndofn (n - 1) of estif, (0:LDES, 0:*).
+// node n is index blocks.index(n, c) = IOFF + c + NDOFN (n - 1) of estif,
+// (0:LDES, 0:*).
 struct PlateDofs {
     Array2<float> estif;
-    Index ioff, ndofn;
+    NodeBlocks blocks;
 };
 
 // Strain vectors of the three degrees of freedom of one node: v[r-1][m-1] is
@@ -74,9 +75,9 @@ void add_plate_point(const SmallMatrix<NC, NC>& d, Strains&& strains, Index nnod
                 out[q] = v;
             }
         }
-        const Index col0 = dofs.ioff + dofs.ndofn * (i - 1);
+        const Index col0 = dofs.blocks.index(i, 0);
         for (Index j = i; j <= nnode; ++j) {
-            const Index row0 = dofs.ioff + dofs.ndofn * (j - 1);
+            const Index row0 = dofs.blocks.index(j, 0);
             const Index q = 3 * (j - 1);
             for (int c = 0; c < 3; ++c) {
                 for (int r = 0; r < 3; ++r) {
@@ -88,24 +89,44 @@ void add_plate_point(const SmallMatrix<NC, NC>& d, Strains&& strains, Index nnod
     }
 }
 
-// Integrates a plate element with NC strain components: rigidities(plate)
-// gives D, strains(p, n) the strain vectors of node n at point p. Both come in
-// as template arguments, so that the calls at every point and node are direct
-// and inline.
+// Integrates a plate element. The bending and the transverse-shear routines
+// are this one block with a different Strain policy, which supplies
+//   static constexpr int components;          // NC: 3 curvatures or 2 shear strains
+//   static SmallMatrix<NC, NC> rigidities(const LayeredPlate&);
+//   static NodeStrains<NC> of_node(const PointData&, Index n);
+// The policy's functions are called directly and inline at every point and
+// node.
 //
 // A plate element is abandoned at its first degenerate point, unlike the
 // membrane element: hosts test DETJ = -1.0 and rebuild the element rather
 // than use a stiffness integrated with a flipped sign.
-template <int NC, SmallMatrix<NC, NC> (*rigidities)(const LayeredPlate&),
-          NodeStrains<NC> (*strains)(const PointData&, Index)>
+template <class Strain>
 void integrate_plate(const ElementPoints& e, const LayeredPlate& plate, const PlateDofs& dofs) {
+    constexpr int NC = Strain::components;
     for_each_integration_point(e, DegeneratePoint::abandon_element, [&](const PointData& p) {
         // Formed afresh at every point, after the thickness is written: a
         // host may pass its material table as the layer table too, and the
         // written column takes part in the closed-form test.
-        const SmallMatrix<NC, NC> d = rigidities(plate);
-        add_plate_point(d, [&p](Index n) { return strains(p, n); }, e.nnode, p.factor, dofs);
+        const SmallMatrix<NC, NC> d = Strain::rigidities(plate);
+        add_plate_point(d, [&p](Index n) { return Strain::of_node(p, n); }, e.nnode, p.det_weight,
+                        dofs);
     });
+}
+
+// The host's arguments of the two plate routines, which differ only in their
+// order and in NGPT2, which the shear routine does not count.
+struct PlateArgs {
+    ElementArgs element;
+    const std::int32_t *IOFF, *NDOFN, *LDES;
+    float* ESTIF;
+    const float *PLAY, *ZLAY;
+    const std::int32_t* NLAY;
+};
+
+template <class Strain>
+void integrate_plate(const PlateArgs& a) {
+    integrate_plate<Strain>(element_points(a.element), layered_plate(a.PLAY, a.ZLAY, *a.NLAY),
+                            {host_array(a.ESTIF, {0, *a.LDES}), NodeBlocks{*a.NDOFN, *a.IOFF}});
 }
 
 }  // namespace shellfe

@@ -10,48 +10,36 @@ namespace {
 // nodes the functions do not sum to one. Hosts built their nine-node
 // elements on exactly these functions.
 void quadrilateral8(float xi, float eta, ShapeTable& s) {
-    // Corners 1, 3, 5, 7 counter-clockwise from (-1, -1).
-    constexpr float corner_xi[4] = {-1.0f, 1.0f, 1.0f, -1.0f};
-    constexpr float corner_eta[4] = {-1.0f, -1.0f, 1.0f, 1.0f};
-    for (int c = 0; c < 4; ++c) {
-        const int k = 2 * c + 1;
-        const float xk = corner_xi[c];
-        const float ek = corner_eta[c];
-        const float sx = xi * xk;   // exact: xk is +-1
+    for (int k = 1; k <= 7; k += 2) {  // corners
+        const float xk = kQuadrilateralNodes[k].xi;
+        const float ek = kQuadrilateralNodes[k].eta;
+        const float sx = xi * xk;  // exact: xk is +-1
         const float se = eta * ek;
         const float ax = 1.0f + sx;
         const float ae = 1.0f + se;
         s.value[k] = ((ax * ae) * ((sx + se) - 1.0f)) * 0.25f;
-        s.dxi[k] = ((0.25f * xk) * ae) * ((2.0f * sx) + se);
-        s.deta[k] = ((0.25f * ek) * ax) * (sx + (2.0f * se));
+        s.d_dxi[k] = ((0.25f * xk) * ae) * ((2.0f * sx) + se);
+        s.d_deta[k] = ((0.25f * ek) * ax) * (sx + (2.0f * se));
     }
     const float bx = 1.0f - xi * xi;    // 1 - xi^2
     const float be = 1.0f - eta * eta;  // 1 - eta^2
-    // Mid-sides 2 (0, -1) and 6 (0, 1), on the sides eta = -1 and eta = 1.
-    constexpr int side_eta_node[2] = {2, 6};
-    constexpr float side_eta[2] = {-1.0f, 1.0f};
-    for (int m = 0; m < 2; ++m) {
-        const int k = side_eta_node[m];
-        const float ek = side_eta[m];
+    for (int k = 2; k <= 6; k += 4) {  // mid-sides on eta = -1 and eta = 1
+        const float ek = kQuadrilateralNodes[k].eta;
         const float ae = 1.0f + eta * ek;
         s.value[k] = (0.5f * bx) * ae;
-        s.dxi[k] = -xi * ae;
-        s.deta[k] = (0.5f * bx) * ek;
+        s.d_dxi[k] = -xi * ae;
+        s.d_deta[k] = (0.5f * bx) * ek;
     }
-    // Mid-sides 4 (1, 0) and 8 (-1, 0), on the sides xi = 1 and xi = -1.
-    constexpr int side_xi_node[2] = {4, 8};
-    constexpr float side_xi[2] = {1.0f, -1.0f};
-    for (int m = 0; m < 2; ++m) {
-        const int k = side_xi_node[m];
-        const float xk = side_xi[m];
+    for (int k = 4; k <= 8; k += 4) {  // mid-sides on xi = 1 and xi = -1
+        const float xk = kQuadrilateralNodes[k].xi;
         const float ax = 1.0f + xi * xk;
         s.value[k] = (0.5f * ax) * be;
-        s.dxi[k] = (0.5f * xk) * be;
-        s.deta[k] = -eta * ax;
+        s.d_dxi[k] = (0.5f * xk) * be;
+        s.d_deta[k] = -eta * ax;
     }
     s.value[9] = bx * be;
-    s.dxi[9] = (-2.0f * xi) * be;
-    s.deta[9] = (-2.0f * eta) * bx;
+    s.d_dxi[9] = (-2.0f * xi) * be;
+    s.d_deta[9] = (-2.0f * eta) * bx;
 }
 
 // Quadratic triangle in area coordinates xi, eta, L = 1 - xi - eta; corners
@@ -65,25 +53,23 @@ void triangle6(float xi, float eta, ShapeTable& s) {
     s.value[5] = (2.0f * l - 1.0f) * l;
     s.value[6] = (4.0f * xi) * l;
 
-    s.dxi[1] = 4.0f * xi - 1.0f;
-    s.dxi[2] = 4.0f * eta;
-    s.dxi[3] = 0.0f;
-    s.dxi[4] = -4.0f * eta;
-    s.dxi[5] = 1.0f - 4.0f * l;
-    s.dxi[6] = 4.0f * (l - xi);
+    s.d_dxi[1] = 4.0f * xi - 1.0f;
+    s.d_dxi[2] = 4.0f * eta;
+    s.d_dxi[3] = 0.0f;
+    s.d_dxi[4] = -4.0f * eta;
+    s.d_dxi[5] = 1.0f - 4.0f * l;
+    s.d_dxi[6] = 4.0f * (l - xi);
 
-    s.deta[1] = 0.0f;
-    s.deta[2] = 4.0f * xi;
-    s.deta[3] = 4.0f * eta - 1.0f;
-    s.deta[4] = 4.0f * (l - eta);
-    s.deta[5] = 1.0f - 4.0f * l;
-    s.deta[6] = -4.0f * xi;
+    s.d_deta[1] = 0.0f;
+    s.d_deta[2] = 4.0f * xi;
+    s.d_deta[3] = 4.0f * eta - 1.0f;
+    s.d_deta[4] = 4.0f * (l - eta);
+    s.d_deta[5] = 1.0f - 4.0f * l;
+    s.d_deta[6] = -4.0f * xi;
 }
 
 // Quintic Hermite functions of a three-node line (value and slope functions
-// at xi = -1, 0, 1). The eta column receives the second derivatives: the
-// element routines treat it like d/deta, which is what hosts of this family
-// expect.
+// at xi = -1, 0, 1); the eta column receives the second derivatives.
 void hermite_line(float xi, ShapeTable& s) {
     const float x2 = xi * xi;
     const float x3 = x2 * xi;
@@ -97,31 +83,31 @@ void hermite_line(float xi, ShapeTable& s) {
     s.value[5] = ((x2 + 1.25f * x3) - 0.5f * x4) - 0.75f * x5;
     s.value[6] = 0.25f * (((-x2 - x3) + x4) + x5);
 
-    s.dxi[1] = ((2.0f * xi - 3.75f * x2) - 2.0f * x3) + 3.75f * x4;
-    s.dxi[2] = ((0.5f * xi - 0.75f * x2) - x3) + 1.25f * x4;
-    s.dxi[3] = -4.0f * xi + 4.0f * x3;
-    s.dxi[4] = (1.0f - 6.0f * x2) + 5.0f * x4;
-    s.dxi[5] = ((2.0f * xi + 3.75f * x2) - 2.0f * x3) - 3.75f * x4;
-    s.dxi[6] = ((-0.5f * xi - 0.75f * x2) + x3) + 1.25f * x4;
+    s.d_dxi[1] = ((2.0f * xi - 3.75f * x2) - 2.0f * x3) + 3.75f * x4;
+    s.d_dxi[2] = ((0.5f * xi - 0.75f * x2) - x3) + 1.25f * x4;
+    s.d_dxi[3] = -4.0f * xi + 4.0f * x3;
+    s.d_dxi[4] = (1.0f - 6.0f * x2) + 5.0f * x4;
+    s.d_dxi[5] = ((2.0f * xi + 3.75f * x2) - 2.0f * x3) - 3.75f * x4;
+    s.d_dxi[6] = ((-0.5f * xi - 0.75f * x2) + x3) + 1.25f * x4;
 
-    s.deta[1] = ((2.0f - 7.5f * xi) - 6.0f * x2) + 15.0f * x3;
-    s.deta[2] = ((0.5f - 1.5f * xi) - 3.0f * x2) + 5.0f * x3;
-    s.deta[3] = -4.0f + 12.0f * x2;
-    s.deta[4] = -12.0f * xi + 20.0f * x3;
-    s.deta[5] = ((2.0f + 7.5f * xi) - 6.0f * x2) - 15.0f * x3;
-    s.deta[6] = ((-0.5f - 1.5f * xi) + 3.0f * x2) + 5.0f * x3;
+    s.d_deta[1] = ((2.0f - 7.5f * xi) - 6.0f * x2) + 15.0f * x3;
+    s.d_deta[2] = ((0.5f - 1.5f * xi) - 3.0f * x2) + 5.0f * x3;
+    s.d_deta[3] = -4.0f + 12.0f * x2;
+    s.d_deta[4] = -12.0f * xi + 20.0f * x3;
+    s.d_deta[5] = ((2.0f + 7.5f * xi) - 6.0f * x2) - 15.0f * x3;
+    s.d_deta[6] = ((-0.5f - 1.5f * xi) + 3.0f * x2) + 5.0f * x3;
 }
 
 void triangle3(float xi, float eta, ShapeTable& s) {
     s.value[1] = xi;
     s.value[2] = eta;
     s.value[3] = (1.0f - xi) - eta;
-    s.dxi[1] = 1.0f;
-    s.dxi[2] = 0.0f;
-    s.dxi[3] = -1.0f;
-    s.deta[1] = 0.0f;
-    s.deta[2] = 1.0f;
-    s.deta[3] = -1.0f;
+    s.d_dxi[1] = 1.0f;
+    s.d_dxi[2] = 0.0f;
+    s.d_dxi[3] = -1.0f;
+    s.d_deta[1] = 0.0f;
+    s.d_deta[2] = 1.0f;
+    s.d_deta[3] = -1.0f;
 }
 
 }  // namespace

@@ -2,15 +2,24 @@
 
 #include <cstdint>
 
+#if defined(SHELLFE_X86_64_KERNELS)
 #if defined(_MSC_VER)
 #include <immintrin.h>
 #include <intrin.h>
 #else
 #include <cpuid.h>
 #endif
+#endif
 
 namespace shellfe {
 namespace {
+
+struct Features {
+    bool avx2 = false;
+    bool avx512 = false;
+};
+
+#if defined(SHELLFE_X86_64_KERNELS)
 
 struct CpuidRegs {
     std::uint32_t eax = 0, ebx = 0, ecx = 0, edx = 0;
@@ -48,11 +57,6 @@ std::uint64_t xcr0() {
 #endif
 }
 
-struct Features {
-    bool avx2 = false;
-    bool avx512 = false;
-};
-
 Features detect() {
     Features f;
     const std::uint32_t max_leaf = cpuid(0, 0).eax;
@@ -69,6 +73,9 @@ Features detect() {
     f.avx512 = f.avx2 && zmm_state && ((l7.ebx >> 16) & 1u);
     return f;
 }
+#else
+Features detect() { return {}; }
+#endif
 
 const Features& features() {
     // Initialised once, thread-safely, and never changed afterwards.
@@ -80,7 +87,12 @@ const Features& features() {
 
 bool isa_supported(Isa isa) noexcept {
     switch (isa) {
+        case Isa::portable: return true;
+#if defined(SHELLFE_X86_64_KERNELS)
         case Isa::sse2: return true;  // part of x86-64
+#else
+        case Isa::sse2: return false;
+#endif
         case Isa::avx2: return features().avx2;
         case Isa::avx512: return features().avx512;
     }
@@ -90,11 +102,13 @@ bool isa_supported(Isa isa) noexcept {
 Isa best_isa() noexcept {
     if (isa_supported(Isa::avx512)) return Isa::avx512;
     if (isa_supported(Isa::avx2)) return Isa::avx2;
-    return Isa::sse2;
+    if (isa_supported(Isa::sse2)) return Isa::sse2;
+    return Isa::portable;
 }
 
 const char* isa_name(Isa isa) noexcept {
     switch (isa) {
+        case Isa::portable: return "portable";
         case Isa::sse2: return "sse2";
         case Isa::avx2: return "avx2";
         case Isa::avx512: return "avx512";

@@ -1,15 +1,13 @@
 // Finishing a shell element matrix: merge the in-plane block and give each
 // node's rotation about the normal an artificial (drilling) stiffness.
+#include "frame/numbering.hpp"
+#include "frame/views.hpp"
 #include "shellfe.h"
-#include "views.hpp"
 
-#include <cstdlib>
-
-using namespace shellfe;
-
+namespace shellfe {
 namespace {
 
-// The in-plane matrix always comes with a first dimension of (0:18): two
+// The in-plane matrix always comes with the fixed shape (0:18, 0:18): two
 // degrees of freedom per node, at most nine nodes.
 constexpr Index kInPlaneUpperBound = 18;
 
@@ -17,45 +15,35 @@ constexpr float kDrillingStiffness = 10.0f;
 // Rotational diagonals at or below this are treated as absent and do not cap.
 constexpr float kNegligibleDiagonal = 0.0001f;
 
-}  // namespace
+// Adds the in-plane matrix (two degrees of freedom per node) into degrees of
+// freedom 1 and 2 of every node block of the element matrix. Only node
+// blocks p >= q: the element matrix keeps its data in the lower block
+// triangle, and the upper blocks are deliberately not merged.
+void merge_in_plane(const Array2<const float>& in_plane, const Array2<float>& estif,
+                    Index nenod, NodeBlocks blocks) {
+    const NodeBlocks pairs{2};
+    for (Index p = 1; p <= nenod; ++p)
+        for (Index q = 1; q <= p; ++q)
+            for (Index s = 1; s <= 2; ++s)
+                for (Index j = 1; j <= 2; ++j)
+                    estif(blocks.index(p, s), blocks.index(q, j)) +=
+                        in_plane(pairs.index(p, s), pairs.index(q, j));
+}
 
-extern "C" void STIESTDLLDOTNET(const float* ESTIF2, float* ESTIF, const int32_t* NENOD,
-                                int32_t* NODFLG, const int32_t* NDOFN, const int32_t* LDES,
-                                const void* /*unused*/, const int32_t* LDCN,
-                                const int32_t* IELEM, const int32_t* IELNOD,
-                                const float* RATIO) noexcept {
-    const Index nenod = *NENOD;
-    const Index ndofn = *NDOFN;
-    const auto in_plane = upper_bound(ESTIF2, kInPlaneUpperBound);
-    const auto estif = upper_bound(ESTIF, *LDES);
-
-    // Only node blocks p >= q: the element matrix keeps its data in the
-    // lower block triangle, and the upper blocks are deliberately not merged.
-    for (Index p = 1; p <= nenod; ++p) {
-        for (Index q = 1; q <= p; ++q) {
-            for (Index s = 1; s <= 2; ++s) {
-                for (Index j = 1; j <= 2; ++j) {
-                    estif(ndofn * (p - 1) + s, ndofn * (q - 1) + j) +=
-                        in_plane(2 * (p - 1) + s, 2 * (q - 1) + j);
-                }
-            }
-        }
-    }
-
-    const auto ielnod = upper_bound(IELNOD, *LDCN);
-    const Index ielem = *IELEM;
-    if (ielnod(ielem, 0) != 0) return;
-
-    const auto nodflg = from_zero(NODFLG);
-    const float ratio = *RATIO;
+// Gives the last degree of freedom of every node not yet flagged a drilling
+// stiffness of 10, capped at `ratio` times each of the node's two other
+// rotational diagonals in turn, and flags the node: each node receives it
+// once per pass, from the first element that reaches it.
+void add_drilling_stiffness(const Array2<float>& estif, Index nenod, NodeBlocks blocks,
+                            const Array2<const std::int32_t>& ielnod, Index ielem,
+                            const Array1<std::int32_t>& nodflg, float ratio) {
     for (Index n = 1; n <= nenod; ++n) {
-        const Index m = std::abs(ielnod(ielem, n));
+        const Index m = node_number(ielnod(ielem, n));
         if (nodflg(m) != 0) continue;  // an earlier element gave this node its drilling stiffness
-        const Index d = ndofn * n;
+        const Index d = blocks.index(n, blocks.per_node);
         float v = kDrillingStiffness;
         estif(d, d) = v;
-        // Cap against each of the two other rotations in turn; the second cap
-        // sees the value left by the first. NaN fails both tests.
+        // The second cap sees the value left by the first. NaN fails both tests.
         const float a = estif(d - 2, d - 2);
         if (a > kNegligibleDiagonal && v / a > ratio) {
             v = a * ratio;
@@ -65,4 +53,30 @@ extern "C" void STIESTDLLDOTNET(const float* ESTIF2, float* ESTIF, const int32_t
         if (b > kNegligibleDiagonal && v / b > ratio) estif(d, d) = b * ratio;
         nodflg(m) = 1;
     }
+}
+
+// The merge always happens; the drilling stiffness only for an element whose
+// switch IELNOD(IELEM, 0) is 0 (a host marks elements that bring their own
+// rotational stiffness with any other value, negative ones included).
+void finish_element(const Array2<const float>& in_plane, const Array2<float>& estif,
+                    Index nenod, NodeBlocks blocks, const Array2<const std::int32_t>& ielnod,
+                    Index ielem, const Array1<std::int32_t>& nodflg, float ratio) {
+    merge_in_plane(in_plane, estif, nenod, blocks);
+    if (ielnod(ielem, 0) != 0) return;
+    add_drilling_stiffness(estif, nenod, blocks, ielnod, ielem, nodflg, ratio);
+}
+
+}  // namespace
+}  // namespace shellfe
+
+using namespace shellfe;
+
+extern "C" void STIESTDLLDOTNET(const float* ESTIF2, float* ESTIF, const int32_t* NENOD,
+                                int32_t* NODFLG, const int32_t* NDOFN, const int32_t* LDES,
+                                const void* /*UNUSED7*/, const int32_t* LDCN,
+                                const int32_t* IELEM, const int32_t* IELNOD,
+                                const float* RATIO) noexcept {
+    finish_element(host_array(ESTIF2, {0, kInPlaneUpperBound}), host_array(ESTIF, {0, *LDES}),
+                   *NENOD, NodeBlocks{*NDOFN}, host_array(IELNOD, {0, *LDCN}), *IELEM,
+                   host_array(NODFLG), *RATIO);
 }

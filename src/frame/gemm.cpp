@@ -16,10 +16,7 @@
 namespace shellfe::gemm {
 namespace {
 
-constexpr Index kDepthBlock = 256;           // kc: steps of t per packed panel
-constexpr Index kL2BlockBytes = 192 * 1024;  // packed block of B, kept in L2
-constexpr Index kPanelColumns = 1024;        // nc: columns i per packed panel of A
-constexpr Index kStackElements = 8192;       // packing space kept on the stack
+constexpr Index kStackElements = 8192;  // packing space kept on the stack
 
 Index round_up(Index x, Index step) { return (x + step - 1) / step * step; }
 
@@ -43,7 +40,7 @@ void pack_a(const Operand<T>& a, Index t0, Index kt, Index i0, Index mi, Index n
 // Packing and the tile loop both follow this, so the sliver at s starts at
 // s * kt in the packed block.
 template <class T>
-const TileKernel<T>& sliver_kernel(const TileKernels<T>& k, Index s, Index mj) {
+const TileKernel<T>& sliver_kernel(const KernelSet<T>& k, Index s, Index mj) {
     return mj - s >= k.wide.mr ? k.wide : k.narrow;
 }
 
@@ -51,7 +48,7 @@ const TileKernel<T>& sliver_kernel(const TileKernels<T>& k, Index s, Index mj) {
 // padded with zeros.
 template <class T>
 void pack_b(const Operand<T>& b, Index j0, Index mj, Index t0, Index kt,
-            const TileKernels<T>& kernels, T* out) {
+            const KernelSet<T>& kernels, T* out) {
     for (Index s = 0, mr; s < mj; s += mr) {
         mr = sliver_kernel(kernels, s, mj).mr;
         const Index h = std::min(mr, mj - s);
@@ -89,7 +86,7 @@ struct Buffer {
 };
 
 template <class T>
-void run(const TileKernels<T>& kernels, const Problem<T>& p) {
+void run(const KernelSet<T>& kernels, const Problem<T>& p) {
     if (p.m < 1 || p.n < 1) return;
     if (p.k < 1) {
         zero_result(p);
@@ -97,10 +94,11 @@ void run(const TileKernels<T>& kernels, const Problem<T>& p) {
     }
     const Index mr = kernels.wide.mr;
     const Index nr = kernels.wide.nr;
-    Index kc = std::min(p.k, kDepthBlock);
-    const Index mc_max = std::max(mr, kL2BlockBytes / (kDepthBlock * Index(sizeof(T))) / mr * mr);
+    const Blocking& blk = kernels.blocking;
+    Index kc = std::min(p.k, blk.kc);
+    const Index mc_max = std::max(mr, blk.l2_bytes / (blk.kc * Index(sizeof(T))) / mr * mr);
     Index mc = std::min(round_up(p.n, mr), mc_max);
-    Index nc = std::min(round_up(p.m, nr), kPanelColumns / nr * nr);
+    Index nc = std::min(round_up(p.m, nr), std::max(nr, blk.nc / nr * nr));
 
     Buffer<T> buffer;
     T* space = buffer.get(kc * (mc + nc));
@@ -150,27 +148,31 @@ void run(const TileKernels<T>& kernels, const Problem<T>& p) {
     }
 }
 
-}  // namespace
-
-TileKernels<float> tile_kernels_f32(Isa isa) noexcept {
+KernelSet<float> kernels_f32(Isa isa) {
     switch (isa) {
+#if defined(SHELLFE_X86_64_KERNELS)
         case Isa::avx512: return avx512_kernels_f32();
         case Isa::avx2: return avx2_kernels_f32();
-        case Isa::sse2: break;
+        case Isa::sse2: return sse2_kernels_f32();
+#endif
+        default: return portable_kernels_f32();
     }
-    return sse2_kernels_f32();
 }
 
-TileKernels<double> tile_kernels_f64(Isa isa) noexcept {
+KernelSet<double> kernels_f64(Isa isa) {
     switch (isa) {
+#if defined(SHELLFE_X86_64_KERNELS)
         case Isa::avx512: return avx512_kernels_f64();
         case Isa::avx2: return avx2_kernels_f64();
-        case Isa::sse2: break;
+        case Isa::sse2: return sse2_kernels_f64();
+#endif
+        default: return portable_kernels_f64();
     }
-    return sse2_kernels_f64();
 }
 
-void multiply(Isa isa, const Problem<float>& p) noexcept { run(tile_kernels_f32(isa), p); }
-void multiply(Isa isa, const Problem<double>& p) noexcept { run(tile_kernels_f64(isa), p); }
+}  // namespace
+
+void multiply(Isa isa, const Problem<float>& p) noexcept { run(kernels_f32(isa), p); }
+void multiply(Isa isa, const Problem<double>& p) noexcept { run(kernels_f64(isa), p); }
 
 }  // namespace shellfe::gemm

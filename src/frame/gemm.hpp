@@ -45,30 +45,40 @@ struct TileKernel {
     void (*run)(Index kc, const T* b_sliver, const T* a_sliver, T* c, Index ldc, bool first);
 };
 
+// Cache blocking of one kernel set: kc steps of t per packed panel, a packed
+// block of B of at most l2_bytes (kept in L2), nc columns i per packed panel
+// of A.
+struct Blocking {
+    Index kc;
+    Index l2_bytes;
+    Index nc;
+};
+
 // Each instruction set has a wide tile for the bulk of C and a narrow one,
 // one vector tall with the same NR, for the rows left over: short columns
 // (element-sized matrices) then waste little work on padding. The wide MR is
 // a multiple of the narrow one.
 template <class T>
-struct TileKernels {
+struct KernelSet {
     TileKernel<T> wide;
     TileKernel<T> narrow;
+    Blocking blocking;
 };
 
-TileKernels<float> tile_kernels_f32(Isa isa) noexcept;
-TileKernels<double> tile_kernels_f64(Isa isa) noexcept;
-
-// Multiplies with the kernel of `isa`, which must be supported by the CPU.
+// Multiplies with the kernels of `isa`, which must be supported by the CPU.
 void multiply(Isa isa, const Problem<float>& p) noexcept;
 void multiply(Isa isa, const Problem<double>& p) noexcept;
 
 // Per-instruction-set kernels, each compiled in its own translation unit
-// with its own target flags.
-TileKernels<float> sse2_kernels_f32() noexcept;
-TileKernels<double> sse2_kernels_f64() noexcept;
-TileKernels<float> avx2_kernels_f32() noexcept;
-TileKernels<double> avx2_kernels_f64() noexcept;
-TileKernels<float> avx512_kernels_f32() noexcept;
-TileKernels<double> avx512_kernels_f64() noexcept;
+// with its own target flags; the portable one everywhere, the others on
+// x86-64 only.
+KernelSet<float> portable_kernels_f32() noexcept;
+KernelSet<double> portable_kernels_f64() noexcept;
+KernelSet<float> sse2_kernels_f32() noexcept;
+KernelSet<double> sse2_kernels_f64() noexcept;
+KernelSet<float> avx2_kernels_f32() noexcept;
+KernelSet<double> avx2_kernels_f64() noexcept;
+KernelSet<float> avx512_kernels_f32() noexcept;
+KernelSet<double> avx512_kernels_f64() noexcept;
 
 }  // namespace shellfe::gemm

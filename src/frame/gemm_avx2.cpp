@@ -35,12 +35,16 @@ struct VecD {
 
 }  // namespace avx2
 
+// Packed panels of 256 steps of t, a 192 KiB block of B for L2, panels of A
+// up to 1024 columns.
+constexpr Blocking kBlocking{256, 192 * 1024, 1024};
+
 // 16 registers: 12 accumulators, 2 of B, 1 broadcast.
-TileKernels<float> avx2_kernels_f32() noexcept {
-    return {{16, 6, &avx2::tile<avx2::VecF, 2, 6>}, {8, 6, &avx2::tile<avx2::VecF, 1, 6>}};
+KernelSet<float> avx2_kernels_f32() noexcept {
+    return {{16, 6, &avx2::tile<avx2::VecF, 2, 6>}, {8, 6, &avx2::tile<avx2::VecF, 1, 6>}, kBlocking};
 }
-TileKernels<double> avx2_kernels_f64() noexcept {
-    return {{8, 6, &avx2::tile<avx2::VecD, 2, 6>}, {4, 6, &avx2::tile<avx2::VecD, 1, 6>}};
+KernelSet<double> avx2_kernels_f64() noexcept {
+    return {{8, 6, &avx2::tile<avx2::VecD, 2, 6>}, {4, 6, &avx2::tile<avx2::VecD, 1, 6>}, kBlocking};
 }
 
 }  // namespace shellfe::gemm

@@ -35,12 +35,16 @@ struct VecD {
 
 }  // namespace avx512
 
+// Packed panels of 256 steps of t, a 192 KiB block of B for L2, panels of A
+// up to 1024 columns.
+constexpr Blocking kBlocking{256, 192 * 1024, 1024};
+
 // 32 registers: 24 accumulators, 3 of B, 1 broadcast.
-TileKernels<float> avx512_kernels_f32() noexcept {
-    return {{48, 8, &avx512::tile<avx512::VecF, 3, 8>}, {16, 8, &avx512::tile<avx512::VecF, 1, 8>}};
+KernelSet<float> avx512_kernels_f32() noexcept {
+    return {{48, 8, &avx512::tile<avx512::VecF, 3, 8>}, {16, 8, &avx512::tile<avx512::VecF, 1, 8>}, kBlocking};
 }
-TileKernels<double> avx512_kernels_f64() noexcept {
-    return {{24, 8, &avx512::tile<avx512::VecD, 3, 8>}, {8, 8, &avx512::tile<avx512::VecD, 1, 8>}};
+KernelSet<double> avx512_kernels_f64() noexcept {
+    return {{24, 8, &avx512::tile<avx512::VecD, 3, 8>}, {8, 8, &avx512::tile<avx512::VecD, 1, 8>}, kBlocking};
 }
 
 }  // namespace shellfe::gemm

@@ -34,12 +34,16 @@ struct VecD {
 
 }  // namespace sse2
 
+// Packed panels of 256 steps of t, a 192 KiB block of B for L2, panels of A
+// up to 1024 columns.
+constexpr Blocking kBlocking{256, 192 * 1024, 1024};
+
 // 16 registers: 12 accumulators, 2 of B, 1 broadcast.
-TileKernels<float> sse2_kernels_f32() noexcept {
-    return {{8, 6, &sse2::tile<sse2::VecF, 2, 6>}, {4, 6, &sse2::tile<sse2::VecF, 1, 6>}};
+KernelSet<float> sse2_kernels_f32() noexcept {
+    return {{8, 6, &sse2::tile<sse2::VecF, 2, 6>}, {4, 6, &sse2::tile<sse2::VecF, 1, 6>}, kBlocking};
 }
-TileKernels<double> sse2_kernels_f64() noexcept {
-    return {{4, 6, &sse2::tile<sse2::VecD, 2, 6>}, {2, 6, &sse2::tile<sse2::VecD, 1, 6>}};
+KernelSet<double> sse2_kernels_f64() noexcept {
+    return {{4, 6, &sse2::tile<sse2::VecD, 2, 6>}, {2, 6, &sse2::tile<sse2::VecD, 1, 6>}, kBlocking};
 }
 
 }  // namespace shellfe::gemm
