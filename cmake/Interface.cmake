@@ -4,10 +4,16 @@
 # the routines derives from it or is checked against it.
 #
 # Included by the build: shellfe_interface() writes the linker inputs that
-# restrict the shared library to the described routines. Run as a script:
+# restrict the shared library to the described routines and adds the target
+# api_docs. Run as a script:
 #   cmake -DACTION=check_header -DINTERFACE=<json> -DHEADER=<shellfe.h> -DVERSION=<x.y.z> -P Interface.cmake
 #     checks the description itself and that the header declares exactly its
-#     routines, argument by argument, and carries the project version.
+#     routines, argument by argument, and carries the project version;
+#   cmake -DACTION=write_docs -DINTERFACE=<json> -DDOCS=<api.md> -P Interface.cmake
+#     writes the API reference;
+#   cmake -DACTION=check_docs -DINTERFACE=<json> -DDOCS=<api.md> -DBUILD_DIR=<dir> -P Interface.cmake
+#     fails when the committed API reference differs from what the
+#     description gives.
 if(CMAKE_SCRIPT_MODE_FILE)
   cmake_minimum_required(VERSION 3.25)
 endif()
@@ -100,7 +106,8 @@ endfunction()
 #   shellfe.map        GNU ld version script (Linux)
 #   shellfe.def        module-definition file (Windows DLL)
 #   export_names.inc   the names as C string literals
-function(shellfe_interface description out_dir)
+# and adds the target api_docs, which rewrites the API reference `docs`.
+function(shellfe_interface description docs out_dir)
   shellfe_read_interface("${description}")
   set(map "{\n  global:\n")
   set(def "LIBRARY shellfe\nEXPORTS\n")
@@ -115,6 +122,11 @@ function(shellfe_interface description out_dir)
   file(CONFIGURE OUTPUT "${out_dir}/shellfe.def" CONTENT "${def}")
   file(CONFIGURE OUTPUT "${out_dir}/export_names.inc" CONTENT "${inc}")
   set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS "${description}")
+
+  add_custom_target(api_docs
+    COMMAND "${CMAKE_COMMAND}" -DACTION=write_docs "-DINTERFACE=${description}" "-DDOCS=${docs}"
+            -P "${CMAKE_CURRENT_FUNCTION_LIST_FILE}"
+    COMMENT "Writing ${docs} from ${description}" VERBATIM)
 endfunction()
 
 # --- checks -------------------------------------------------------------------
@@ -271,6 +283,105 @@ function(_shellfe_check_header header version)
   set(errors "${errors}" PARENT_SCOPE)
 endfunction()
 
+# --- the API reference --------------------------------------------------------
+
+# Text for a Markdown paragraph or table cell: '*' would start emphasis, '|'
+# would end a cell.
+function(_shellfe_md text out_var)
+  string(REPLACE "*" "\\*" text "${text}")
+  string(REPLACE "|" "\\|" text "${text}")
+  set(${out_var} "${text}" PARENT_SCOPE)
+endfunction()
+
+# The API reference, Markdown, into `out_var`.
+function(_shellfe_api_reference out_var)
+  set(md [=[
+# shellfe API reference
+
+Generated from `src/frame/interface.json` by `cmake --build <build> --target api_docs`;
+edit the description, not this file.
+
+Every routine is exported under its upper-case name with C linkage, declared
+in `include/shellfe.h`, and takes each argument by address. Integers are
+32-bit signed; reals are 32-bit unless typed `double`. Arrays are
+column-major and every dimension is indexed from 0: an array declared
+`(0:L, 0:M)` holds `(L+1)*(M+1)` elements, element `(a, b)` lies at flat
+position `a + b*(L+1)`, and the host passes `L`, the upper bound of the first
+dimension, not the leading dimension `L+1`. Routines use indices from 1 and leave index 0
+alone unless an argument says otherwise.
+
+The extent of an array is the number of elements from its first element up
+to and including the last one the routine may read or write, an expression
+over the routine's integer arguments that holds for counts of at least 1;
+arrays of fixed shape give the size the host must allocate. Nothing is
+validated: the host allocates at least the extent, sizes and indices are its
+responsibility, and counts of zero or less do no work. Intent `in` means
+read only, `out` written and not read, `inout` both; an `ignored` slot is
+never touched, and any address, NULL included, may be passed for it.
+]=])
+  foreach(family IN LISTS SHELLFE_FAMILIES)
+    _shellfe_md("${SHELLFE_${family}_SUMMARY}" summary)
+    string(APPEND md "\n## ${SHELLFE_${family}_TITLE}\n\n${summary}\n")
+    foreach(r IN LISTS SHELLFE_ROUTINES)
+      if(NOT SHELLFE_${r}_FAMILY STREQUAL family)
+        continue()
+      endif()
+      # The prototype, wrapped before 90 columns under its first argument.
+      set(line "${_SHELLFE_C_${SHELLFE_${r}_RETURNS}} ${r}(")
+      string(LENGTH "${line}" indent)
+      string(REPEAT " " ${indent} pad)
+      set(prototype "")
+      set(rows "")
+      set(writes "")
+      foreach(pos RANGE 1 ${SHELLFE_${r}_NARGS})
+        set(p SHELLFE_${r}_${pos})
+        _shellfe_c_param(${r} ${pos} decl)
+        set(param "${decl},")
+        if(pos EQUAL SHELLFE_${r}_NARGS)
+          set(param "${decl});")
+        endif()
+        string(LENGTH "${line} ${param}" width)
+        if(pos GREATER 1 AND width GREATER 90)
+          string(APPEND prototype "${line}\n")
+          set(line "${pad}")
+        elseif(pos GREATER 1)
+          string(APPEND line " ")
+        endif()
+        string(APPEND line "${param}")
+
+        set(cell "")
+        set(size "")
+        _shellfe_md("${${p}_MEANING}" meaning)
+        if(${p}_KIND STREQUAL "array")
+          set(size "`${_SHELLFE_C_${${p}_TYPE}}[${${p}_EXTENT}]`")
+          # A table cell ends at '|' even inside a code span, unless escaped.
+          string(REPLACE "|" "\\|" cell " ${size}")
+          set(size " (${size})")
+          if(${p}_EXTENT STREQUAL "")
+            _shellfe_md("${${p}_EXTENT_NOTE}" note)
+            string(APPEND meaning ". Size: ${note}")
+          endif()
+        endif()
+        string(REGEX REPLACE " [A-Za-z0-9_]+$" "" type "${decl}")
+        string(APPEND rows "| ${pos} | `${${p}_NAME}` | `${type}` | ${${p}_INTENT} |${cell} | ${meaning} |\n")
+        if(${p}_INTENT MATCHES "out")
+          list(APPEND writes "`${${p}_NAME}`${size}")
+        endif()
+      endforeach()
+      string(APPEND prototype "${line}")
+      list(JOIN writes ", " writes)
+      if(writes STREQUAL "")
+        set(writes "nothing")
+      endif()
+      _shellfe_md("${SHELLFE_${r}_SUMMARY}" summary)
+      string(APPEND md "\n### ${r}\n\n${summary}\n\n```c\n${prototype}\n```\n\n"
+        "| # | Argument | Type | Intent | Extent | Meaning |\n| --- | --- | --- | --- | --- | --- |\n"
+        "${rows}\nWrites: ${writes}.\n")
+    endforeach()
+  endforeach()
+  set(${out_var} "${md}" PARENT_SCOPE)
+endfunction()
+
 # --- script mode --------------------------------------------------------------
 
 if(CMAKE_SCRIPT_MODE_FILE STREQUAL CMAKE_CURRENT_LIST_FILE)
@@ -285,7 +396,18 @@ if(CMAKE_SCRIPT_MODE_FILE STREQUAL CMAKE_CURRENT_LIST_FILE)
     endif()
     list(LENGTH SHELLFE_ROUTINES n)
     message(STATUS "${HEADER} declares the ${n} described routines")
+  elseif(ACTION STREQUAL "write_docs")
+    _shellfe_api_reference(md)
+    file(WRITE "${DOCS}" "${md}")
+  elseif(ACTION STREQUAL "check_docs")
+    _shellfe_api_reference(md)
+    file(READ "${DOCS}" committed)
+    string(REPLACE "\r" "" committed "${committed}")
+    if(NOT committed STREQUAL md)
+      message(FATAL_ERROR "${DOCS} is not what ${INTERFACE} gives; regenerate it with\n"
+        "  cmake --build ${BUILD_DIR} --target api_docs\nand commit the result.")
+    endif()
   else()
-    message(FATAL_ERROR "ACTION must be check_header")
+    message(FATAL_ERROR "ACTION must be check_header, write_docs or check_docs")
   endif()
 endif()

@@ -1,5 +1,5 @@
-# Tests that hold the built library and the public header to the interface
-# description.
+# Tests that hold the built library, the public header and the committed API
+# reference to the interface description.
 
 # Runs cmake/Interface.cmake as a script with ACTION `action` on the
 # description, plus the given -D definitions.
@@ -19,3 +19,7 @@ add_test(NAME exports_exact
 # routine, and the project's version.
 _shellfe_interface_test(interface_header check_header
   "-DHEADER=${PROJECT_SOURCE_DIR}/include/shellfe.h" "-DVERSION=${PROJECT_VERSION}")
+
+# The committed API reference is what the description gives.
+_shellfe_interface_test(interface_docs check_docs
+  "-DDOCS=${SHELLFE_API_DOCS}" "-DBUILD_DIR=${PROJECT_BINARY_DIR}")
