@@ -1,13 +1,9 @@
-# Compares the names a built library exports with the export list.
-# -DLIBRARY=path -DEXPORT_LIST=path -DNM=nm -DOBJDUMP=objdump
-file(STRINGS "${EXPORT_LIST}" lines)
-set(expected "")
-foreach(line IN LISTS lines)
-  string(STRIP "${line}" line)
-  if(NOT line STREQUAL "" AND NOT line MATCHES "^#")
-    list(APPEND expected "${line}")
-  endif()
-endforeach()
+# Compares the names a built library exports with the routines of the
+# interface description.
+# -DLIBRARY=path -DINTERFACE=path -DNM=nm -DOBJDUMP=objdump
+include("${CMAKE_CURRENT_LIST_DIR}/../cmake/Interface.cmake")
+shellfe_read_interface("${INTERFACE}")
+set(expected "${SHELLFE_ROUTINES}")
 
 set(actual "")
 if(LIBRARY MATCHES "\\.dll$")
@@ -47,4 +43,4 @@ if(NOT expected STREQUAL actual)
   message(FATAL_ERROR "export mismatch\n  expected: ${expected}\n  exported: ${actual}")
 endif()
 list(LENGTH actual n)
-message(STATUS "${LIBRARY} exports exactly the ${n} listed routines")
+message(STATUS "${LIBRARY} exports exactly the ${n} described routines")
