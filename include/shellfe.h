@@ -168,7 +168,9 @@ SHELLFE_API void STIESTDLLDOTNET(const float* ESTIF2, float* ESTIF, const int32_
  * triangles (NTYPE 3 or 6) point j is used on every outer pass, so integrate
  * a triangle once with NGPX = 1. They add into ESTIF and never clear it.
  * Each writes the thickness interpolated at its last point processed into
- * PROP(IMAT, 3). DETJ returns the last point's Jacobian determinant, or -1.0
+ * PROP(IMAT, 3). The point counters NGPT and NGPT2 are the host's 32-bit
+ * integers and wrap around from 2^31 - 1 to -2^31 as two's complement does.
+ * DETJ returns the last point's Jacobian determinant, or -1.0
  * when a point had a determinant below 1.0e-7 (collapsed or clockwise
  * element). NNODE, NENOD and NNODT are at most 9; larger values are treated
  * as 9.

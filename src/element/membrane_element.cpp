@@ -23,13 +23,15 @@ void add_point_stiffness(const PointData& p, Index nnode, const Matrix3& d,
     // the zeros of B take part in the products like the other entries.
     float b[3][kMembraneDofs + 1];
     float bd[3][kMembraneDofs + 1];
+    const NodeBlocks uv{2};
     for (Index k = 1; k <= nnode; ++k) {
-        b[0][2 * k - 1] = p.d_dx[k];
-        b[0][2 * k] = 0.0f;
-        b[1][2 * k - 1] = 0.0f;
-        b[1][2 * k] = p.d_dy[k];
-        b[2][2 * k - 1] = p.d_dy[k];
-        b[2][2 * k] = p.d_dx[k];
+        const Index u = uv.index(k, 1), v = uv.index(k, 2);
+        b[0][u] = p.d_dx[k];
+        b[0][v] = 0.0f;
+        b[1][u] = 0.0f;
+        b[1][v] = p.d_dy[k];
+        b[2][u] = p.d_dy[k];
+        b[2][v] = p.d_dx[k];
     }
     for (Index r = 1; r <= 3; ++r) {
         const float d1 = d(1, r), d2 = d(2, r), d3 = d(3, r);
