@@ -1,19 +1,25 @@
-/* A host written in C: the header compiles as C and the library is callable
- * with plain C types. Exits non-zero on a wrong result. */
+/* A host written in C: the header compiles as C, the library is callable
+ * with plain C types, and the README's snippet does what it says. Exits
+ * non-zero on a wrong result. */
 #include <stdio.h>
 
 #include "shellfe.h"
 
 int main(void) {
-    /* C = A B, A 2x3 with A(i, t) = i + t, B 3x2 with B(t, j) = t - j, each
-     * array (0:rows, 0:columns) in column-major order with a spare slot 0. */
-    const float a[12] = {0, 0, 0, 0, 0, 2, 3, 4, 0, 3, 4, 5};
-    const float b[12] = {0, 0, 0, 0, 0, -1, 0, 1, 0, 0, 2, 1};
-    const float want[9] = {-7, -7, -7, -7, 11, 2, -7, 14, 2};
-    float c[9] = {-7, -7, -7, -7, -7, -7, -7, -7, -7};
-    int32_t m = 2, k = 3, n = 2, i, bad = 0;
-    MATMULDLLDOTNET(a, b, c, &m, &k, &n);
-    for (i = 0; i < 9; ++i) bad |= c[i] != want[i];
-    printf("C host: %s\n", bad ? "wrong product" : "ok");
+    /* The README's snippet: PROP (0:NMAT, 0:17) with one material in row 1,
+     * DMAT (0:3, 0:3); in C element (i, j) of a column-major array is a[j][i]. */
+    float prop[18][2] = {{0}}, dmat[4][4] = {{0}};
+    int32_t imat = 1, nmat = 1, i, j, bad = 0;
+    prop[1][1] = 30000.0f;  /* E1 */
+    prop[2][1] = 0.25f;     /* nu12 */
+    prop[8][1] = 12000.0f;  /* E2 */
+    prop[9][1] = 5000.0f;   /* G12 */
+    prop[17][1] = 30.0f;    /* angle of the material axes, degrees */
+    MODIPDLLDOTNET(&dmat[0][0], &prop[0][0], &imat, &nmat);
+    /* DMAT(i, j), i, j = 1..3, is now dmat[j][i]: symmetric, index 0 untouched. */
+    for (i = 0; i <= 3; ++i)
+        for (j = 0; j <= 3; ++j) bad |= dmat[j][i] != dmat[i][j] || ((i == 0 || j == 0) && dmat[j][i] != 0);
+    bad |= dmat[1][1] != 0x1.671312p+14f;
+    printf("C host: %s (DMAT(1,1) = %a)\n", bad ? "wrong" : "ok", dmat[1][1]);
     return bad;
 }
