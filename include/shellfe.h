@@ -14,11 +14,10 @@
  *   - routines use indices 1..n of each dimension and leave index 0 alone
  *     unless a routine's comment says otherwise, so a host that declares its
  *     arrays by upper bound gets this layout for free;
- *   - integers are 32-bit signed, reals are 32-bit unless named double;
- *   - nothing is validated: counts of zero or less do no work, sizes and
- *     indices are the host's responsibility.
+ *   - integers are 32-bit signed, reals are 32-bit unless named double.
  *
- * The routines validate nothing. A NULL or too short output array is written
+ * The routines validate nothing: sizes and indices are the host's
+ * responsibility. A NULL or too short output array is written
  * through anyway and crashes the host or corrupts its memory; a count below 1
  * simply does no work. docs/api.md lists, for every argument, the extent a
  * routine may touch.
