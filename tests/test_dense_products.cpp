@@ -68,3 +68,15 @@ TEST(DenseProducts, EachProductIsRoundedAndAddedInIncreasingT) {
         EXPECT_TRUE(std::isnan(sum({0, 0, 1, 0}, {0, INFINITY, 1, 0})));  // no product is skipped
     }
 }
+
+TEST(DenseProducts, EmptyProductsTouchNoArray) {
+    // No entry to write, so no address inside the arrays is even formed: a
+    // host may pass NULL (the sanitizer builds check the pointer arithmetic).
+    for (auto [m, k, n] : {std::array{0, 3, 3}, {3, 3, 0}, {3, 3, -5}, {-1, -1, -1}}) {
+        MATMULDLLDOTNET(nullptr, nullptr, nullptr, &m, &k, &n);
+        MATMULBTDLLDOTNET(nullptr, nullptr, nullptr, &m, &k, &n);
+        MATMULATDLLDOTNET(nullptr, nullptr, nullptr, &m, &k, &n);
+        MATMULDOUBLEDLLDOTNET(nullptr, nullptr, nullptr, &m, &k, &n);
+        MATMULBTDOUBLEDLLDOTNET(nullptr, nullptr, nullptr, &m, &k, &n);
+    }
+}

@@ -3,6 +3,7 @@
 // infinities, NaN, subnormals and -0 in the mix.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <cstring>
 #include <limits>
@@ -24,6 +25,11 @@ struct Dense {
     std::vector<T> a, b;
     Dense(Index m_, Index k_, Index n_, bool at_, bool bt_)
         : m(m_), k(k_), n(n_), at(at_), bt(bt_), a(k_ * m_), b(n_ * k_) {
+        if (n == 37) {  // every product -0 (+0 only from a start at +0), and 0 * inf
+            std::fill(a.begin(), a.end(), T(-1)), std::fill(b.begin(), b.end(), T(0));
+            a[k] = T(0), b[n] = std::numeric_limits<T>::infinity();
+            return;
+        }
         std::uint64_t s = std::uint64_t(m * 31 + k * 7 + n);
         for (auto* v : {&a, &b})
             for (T& x : *v) {
@@ -70,7 +76,7 @@ protected:
     void check() {
         const Index shapes[][3] = {{1, 1, 1},    {2, 3, 5},    {7, 16, 48}, {9, 255, 17},
                                    {8, 256, 96}, {13, 513, 49}, {1, 40, 200}, {1100, 3, 5},
-                                   {5, 3, 700},  {3, 10, 65},  {4, 9, 20}};
+                                   {5, 3, 700},  {3, 10, 65},  {4, 9, 20},  {2, 3, 37}};
         for (const auto& s : shapes)
             for (int layout = 0; layout < 3; ++layout) {
                 const Dense<T> d(s[0], s[1], s[2], layout == 2, layout == 1);
