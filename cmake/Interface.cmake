@@ -102,25 +102,21 @@ endfunction()
 # --- the build ----------------------------------------------------------------
 
 # Writes into out_dir the two linker inputs that let exactly the described
-# routines out of the library, and the names for the tests:
+# routines out of the library:
 #   shellfe.map        GNU ld version script (Linux)
 #   shellfe.def        module-definition file (Windows DLL)
-#   export_names.inc   the names as C string literals
 # and adds the target api_docs, which rewrites the API reference `docs`.
 function(shellfe_interface description docs out_dir)
   shellfe_read_interface("${description}")
   set(map "{\n  global:\n")
   set(def "LIBRARY shellfe\nEXPORTS\n")
-  set(inc "")
   foreach(name IN LISTS SHELLFE_ROUTINES)
     string(APPEND map "    ${name};\n")
     string(APPEND def "    ${name}\n")
-    string(APPEND inc "\"${name}\",\n")
   endforeach()
   string(APPEND map "  local:\n    *;\n};\n")
   file(CONFIGURE OUTPUT "${out_dir}/shellfe.map" CONTENT "${map}")
   file(CONFIGURE OUTPUT "${out_dir}/shellfe.def" CONTENT "${def}")
-  file(CONFIGURE OUTPUT "${out_dir}/export_names.inc" CONTENT "${inc}")
   set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS "${description}")
 
   add_custom_target(api_docs
