@@ -267,6 +267,242 @@ SHELLFE_API void BUILDESTIF1DOTNET(const int32_t* NNODE, const int32_t* NSEL, co
                                    const float* ESRC, float* EDST,
                                    const int32_t* IDOF) SHELLFE_NOEXCEPT;
 
+/* ------------------------------------------------------------------------
+ * Global assembly and loads
+ *
+ * The global stiffness and mass matrices are symmetric and held as their
+ * upper triangle, either in compressed-row storage (row by row, from node
+ * matrices gathered element by element) or in skyline storage (element by
+ * element). Degree of freedom d of node n is global equation
+ * (n-1)*NDOFN + d, or (NUMNOD(n)-1)*NDOF + d where the host renumbers
+ * nodes; equation numbers are 32-bit and wrap around as the host's own do.
+ *
+ * Here a table "with row length L+1" is stored row after row: entry (i, j)
+ * is at flat position i*(L+1) + j. IELNOD(a, IELEM) is the node in slot a of
+ * element IELEM. Counters (NNZ, NROWS, NNZCNT) continue from the host's
+ * values; matrices and vectors are added into, never cleared.
+ * ------------------------------------------------------------------------ */
+
+/* Appends one row of a compressed-row global matrix, called once per global
+ * equation in ascending order. First IROWPTR(NROWS) = NNZ+1 and NROWS is
+ * increased, so every call begins (and counts) a row even if it stores
+ * nothing. Then for each listed node n = NODLST(j), j = 1..NODLST(0), and
+ * d = 1..NDOFS: equation e = (n-1)*NDOFN + d is skipped when IFIX(e) == 1;
+ * otherwise v = SNODE(IROWN*(LDNM+1) + (j-1)*NDOFN + d) is stored when
+ * |v| > 1.0e-10f: NNZ is increased, ICOL(NNZ-1) = e, VAL(NNZ-1) = v.
+ * Positions count from 0; IFIX is indexed by the equation itself, one ahead
+ * of ICOL and VAL. Entries are stored in list order, ascending d within a
+ * node; nothing is sorted, and the closing row pointer is the host's.
+ * Arguments 6, 11 and 14 are not used. */
+SHELLFE_API void ADDTOCRSSTIFFDLLDOTNET(const int32_t* NDOFS, const int32_t* LDNM, int32_t* NNZ,
+                                        int32_t* IROWPTR, int32_t* ICOL, const void* UNUSED6,
+                                        int32_t* NROWS, const int32_t* IFIX, const float* SNODE,
+                                        double* VAL, const void* UNUSED11, const int32_t* IROWN,
+                                        const int32_t* NODLST, const void* UNUSED14,
+                                        const int32_t* NDOFN) SHELLFE_NOEXCEPT;
+
+/* ADDTOCRSSTIFFDLLDOTNET for a double-precision node (mass) matrix DNODE.
+ * The cut-off is the single-precision 1.0e-10 widened to double,
+ * 1.000000013351432e-10, not the double 1.0e-10: hosts rely on the same
+ * entries being kept as in the single-precision route. */
+SHELLFE_API void ADDTOCRSMASSDLLDLL(const int32_t* NDOFS, const int32_t* LDNM, int32_t* NNZ,
+                                    int32_t* IROWPTR, int32_t* ICOL, const void* UNUSED6,
+                                    int32_t* NROWS, const int32_t* IFIX, const double* DNODE,
+                                    double* VAL, const void* UNUSED11, const int32_t* IROWN,
+                                    const int32_t* NODLST, const void* UNUSED14,
+                                    const int32_t* NDOFN) SHELLFE_NOEXCEPT;
+
+/* Gathers the couplings of node INODE from one element into the node matrix;
+ * called once per element at the node, after the host has cleared SNODE and
+ * filled LOCNOD for the node's neighbours. For each slot e with
+ * IELNOD(e, IELEM) == INODE:
+ *   - springs, once per node: while IVISIT(INODE) is 0, for d = 1..NDOFE
+ *     with ISPRF(d-1, INODE) == 1, SPRING((INODE-1)*NDOFE + IDOFMAP(d)) is
+ *     added to ESTIF(a, a), a = (e-1)*NDOFE + IDOFMAP(d); then
+ *     IVISIT(INODE) = -1. ESTIF is changed in place;
+ *   - for r = 1..NDOFE, s = 1..NENOD, c = 1..NDOFE, with row equation
+ *     i = (INODE-1)*NDOFN + r, m = IELNOD(s, IELEM), column equation
+ *     j = (m-1)*NDOFN + c and v = ESTIF((e-1)*NDOFE + r, (s-1)*NDOFE + c):
+ *     if i <= j, NNZCNT counts v when |v| > 1.0e-10f and v is added to
+ *     SNODE(r, (LOCNOD(m)-1)*NDOFN + c) whatever its size; for every i, j,
+ *     FLOAD(i) -= UPRES(j)*v when |UPRES(j)| >= 1.0e-10f. The strict and the
+ *     inclusive comparison differ on purpose.
+ * ESTIF, IELNOD, ISPRF and SNODE are tables stored row after row.
+ * Arguments 8, 16 and 18 are not used. */
+SHELLFE_API void BUILDALLNODESTIFFDLLDOTNET(float* ESTIF, const int32_t* INODE,
+                                            const int32_t* NENOD, float* SNODE,
+                                            const int32_t* IELEM, const float* SPRING,
+                                            int32_t* IVISIT, const void* UNUSED8,
+                                            const int32_t* IELNOD, const int32_t* ISPRF,
+                                            const int32_t* NDOFE, const int32_t* NDOFN,
+                                            const int32_t* LDES, const int32_t* LDSF,
+                                            const int32_t* LDNM, const void* UNUSED16,
+                                            const int32_t* LDCN, const void* UNUSED18,
+                                            const float* UPRES, float* FLOAD, const int32_t* LOCNOD,
+                                            int32_t* NNZCNT,
+                                            const int32_t* IDOFMAP) SHELLFE_NOEXCEPT;
+
+/* BUILDALLNODESTIFFDLLDOTNET with a double-precision load vector FLOAD: each
+ * correction UPRES(j)*v is formed in single precision, widened and
+ * subtracted in double. */
+SHELLFE_API void BUILDALLNODESTIFFDLLDOTNET01(float* ESTIF, const int32_t* INODE,
+                                              const int32_t* NENOD, float* SNODE,
+                                              const int32_t* IELEM, const float* SPRING,
+                                              int32_t* IVISIT, const void* UNUSED8,
+                                              const int32_t* IELNOD, const int32_t* ISPRF,
+                                              const int32_t* NDOFE, const int32_t* NDOFN,
+                                              const int32_t* LDES, const int32_t* LDSF,
+                                              const int32_t* LDNM, const void* UNUSED16,
+                                              const int32_t* LDCN, const void* UNUSED18,
+                                              const float* UPRES, double* FLOAD,
+                                              const int32_t* LOCNOD, int32_t* NNZCNT,
+                                              const int32_t* IDOFMAP) SHELLFE_NOEXCEPT;
+
+/* Gathers the couplings of node INODE from one double-precision element mass
+ * matrix into the node mass matrix, as BUILDALLNODESTIFFDLLDOTNET gathers
+ * stiffness but with no springs and no load correction. NNZCNT counts the
+ * contributions above 1.000000013351432e-10 (the single-precision 1.0e-10
+ * widened). Arguments 6, 11 and 13 are not used. */
+SHELLFE_API void BUILDALLNODEMASSDLL(const double* EMASS, const int32_t* INODE,
+                                     const int32_t* NENOD, double* DNODE, const int32_t* IELEM,
+                                     const void* UNUSED6, const int32_t* IELNOD,
+                                     const int32_t* NDOFE, const int32_t* NDOFN,
+                                     const int32_t* LDES, const void* UNUSED11, const int32_t* LDNM,
+                                     const void* UNUSED13, const int32_t* LDCN,
+                                     const int32_t* LOCNOD, int32_t* NNZCNT) SHELLFE_NOEXCEPT;
+
+/* Adds one shell element stiffness into skyline storage. The coupling of
+ * equations J <= I lives at SKY(IDIAG(I+1) - I + J) and is added only when
+ * I - J < NBAND; other couplings are dropped. For slots a = 1..8 holding a
+ * node (IELNOD(a, IELEM) > 0) and k = 1..NDOF, the element row is
+ * p = (a-1)*NDOF + IDOFMAP(k); for every slot b = 1..a (empty ones
+ * included, as they stand) and l = 1..NDOF the column is
+ * q = (b-1)*NDOF + IDOFMAP(l), taken when q <= p. Node n's degree of
+ * freedom d is equation (NUMNOD(n)-1)*NDOF + d. The lower triangle of the
+ * symmetric element matrix, placed at (max, min) of the equations, adds
+ * every coupling once. Arguments 3, 12 and 13 are not used. */
+SHELLFE_API void ADDSHELLTOSDLLDOTNET(const float* ESTIF, const int32_t* IELNOD,
+                                      const void* UNUSED3, const int32_t* IDIAG,
+                                      const int32_t* NBAND, const int32_t* NDOF, double* SKY,
+                                      const int32_t* NUMNOD, const int32_t* IDOFMAP,
+                                      const int32_t* IELEM, const int32_t* LDCN,
+                                      const void* UNUSED12, const void* UNUSED13,
+                                      const int32_t* LDES) SHELLFE_NOEXCEPT;
+
+/* ADDSHELLTOSDLLDOTNET for an element of NSLOT node slots whose matrix is
+ * in element order: element positions (a-1)*NDOF + k, no map. Arguments 3,
+ * 11 and 12 are not used. */
+SHELLFE_API void ADDSHELLTOSDOTNET(const float* ESTIF, const int32_t* IELNOD, const void* UNUSED3,
+                                   const int32_t* IDIAG, const int32_t* NBAND, const int32_t* NDOF,
+                                   double* SKY, const int32_t* NUMNOD, const int32_t* IELEM,
+                                   const int32_t* LDCN, const void* UNUSED11, const void* UNUSED12,
+                                   const int32_t* LDES, const int32_t* NSLOT) SHELLFE_NOEXCEPT;
+
+/* Scatters an element load vector. For slots a = 1..NENOD, node
+ * n = |IELNOD(a, IELEM)| and d = 1..NDOF, f = ELOAD((a-1)*NDOF + d) is
+ * subtracted from NODFRC(d, n) and added to
+ * GLOAD((NUMNOD(n)-1)*NDOF + P(d)), P = 4, 6, 5, 1, 3, 2 for d = 1..6 and
+ * P(d) = 2 beyond six. NODFRC is indexed by the element's own degree of
+ * freedom and the node number itself. Argument 10 is not used. */
+SHELLFE_API void FELOADTOGLOADDOTNET(const int32_t* NENOD, const int32_t* IELNOD,
+                                     const int32_t* LDCN, const int32_t* NUMNOD,
+                                     const int32_t* LDNF, const int32_t* NDOF, float* GLOAD,
+                                     const float* ELOAD, float* NODFRC, const void* UNUSED10,
+                                     const int32_t* IELEM) SHELLFE_NOEXCEPT;
+
+/* FELOADTOGLOADDOTNET with a double-precision global load vector; the
+ * per-node forces stay in single precision. */
+SHELLFE_API void FELOADTOGLOADDOTNET01(const int32_t* NENOD, const int32_t* IELNOD,
+                                       const int32_t* LDCN, const int32_t* NUMNOD,
+                                       const int32_t* LDNF, const int32_t* NDOF, double* GLOAD,
+                                       const float* ELOAD, float* NODFRC, const void* UNUSED10,
+                                       const int32_t* IELEM) SHELLFE_NOEXCEPT;
+
+/* ------------------------------------------------------------------------
+ * Mesh bookkeeping
+ *
+ * Node-to-member incidence, coincident and mid-side node merging, beams on
+ * element edges, table comparison, the nearest point and the natural
+ * coordinates of a point. Tables "with row length L+1" are stored row after
+ * row, entry (i, j) at flat position i*(L+1) + j; member slot tables hold the
+ * node of slot s (1..8) of member j at (s, j). Merged nodes are flagged
+ * IDEL(n) = -1 and keep their numbers.
+ * ------------------------------------------------------------------------ */
+
+/* Index IPT (1..NPT) of the point (XPT(i), YPT(i)) nearest to (XP, YP), the
+ * distance formed in single precision: the lowest index among equal
+ * distances, and 0 when no point lies nearer than 1.0e8 (or NPT < 1). A
+ * NaN distance never wins. */
+SHELLFE_API void FINDLOADPOINT(const int32_t* NPT, int32_t* IPT, const float* XP, const float* YP,
+                               const float* XPT, const float* YPT) SHELLFE_NOEXCEPT;
+
+/* Node-to-member incidence. For members j = 1..NMEM and slots s = 1..8 with
+ * n = MEMSLT(s, j) > 0, member j is appended to the record of node n
+ * (count at NODMEM(51n), members after it) and MAXMEM becomes the largest
+ * count reached, at least 1. Records hold 50 members; the capacity is not
+ * checked. Counts continue from what the host left. Argument 1 is not used. */
+SHELLFE_API void FEMEMBERSTONODES1DOTNET(const void* UNUSED1, const int32_t* NMEM, int32_t* MAXMEM,
+                                         int32_t* NODMEM, const int32_t* MEMSLT) SHELLFE_NOEXCEPT;
+
+/* Merges coincident nodes. For a = 1..NNODE-1 with IDEL(a) == 0, every later
+ * node b with IDEL(b) == 0 that lies within 0.001 of a in each of x, y and z
+ * (strictly, a box, not a sphere) and has members (NODMEM(b, 0) >= 1) is
+ * merged into a: every slot of its members naming b is set to a, and
+ * IDEL(b) = -1. Nodes are not renumbered and NODMEM is not updated. Each
+ * node is compared with a itself, not with a growing cluster, so a chain of
+ * close nodes may split. The result equals that of comparing every pair in
+ * this order; the search itself uses a grid and runs in about linear time. */
+SHELLFE_API void PACKNODFE1DOTNET(int32_t* IDEL, const int32_t* NODMEM, const int32_t* NNODE,
+                                  int32_t* MEMSLT, const int32_t* NMEM, const int32_t* LDNMEM,
+                                  const float* XYZN) SHELLFE_NOEXCEPT;
+
+/* Matches beams to element edges. For beam b (end nodes IBN1(b), IBN2(b)),
+ * elements e = 1, 2, ... with ELTAB(0, e) == 0 are tested for the beam's
+ * nodes in adjacent slots (1,2), (2,3), ..., (7,8), (8,1), in either order.
+ * A match sets IBINFO(b) = ELTAB(9, e) and IBMFLG = -1 at both end nodes.
+ * The search moves to the next element only while IBINFO(b) is 0: it stops
+ * at the first match with a non-zero value, and a beam that is non-zero on
+ * entry is compared with element 1 only. */
+SHELLFE_API void SETBEAMINFODLLDOTNET(const int32_t* NBEAM, const int32_t* NEL,
+                                      const int32_t* ELTAB, const int32_t* IBN1,
+                                      const int32_t* IBN2, int32_t* IBINFO,
+                                      int32_t* IBMFLG) SHELLFE_NOEXCEPT;
+
+/* Compares entries (1..NROWT, 1..MCOL) of two tables stored row after row.
+ * In double precision, S sums the magnitudes |ARRA| and D the differences
+ * |ARRA - ARRB| (formed in single precision), each term counted only above
+ * 1.0e-8. ISAME = -1 (the same) when S <= 1.0e-7f and D <= 1.0e-7f, or
+ * S > 1.0e-7f and (D/S)*100 <= 1.0e-5f, the thresholds being single
+ * values widened; 0 otherwise. ARRA is the reference: swapping the tables
+ * can change the answer. */
+SHELLFE_API void COMPAREARRAY(const float* ARRA, const float* ARRB, const int32_t* MCOL,
+                              const int32_t* NROWT, int32_t* ISAME) SHELLFE_NOEXCEPT;
+
+/* Merges duplicate mid-side nodes. Nodes NBASE+1..NTOT are the mid-side
+ * nodes, four per element in element order: node NBASE+q fills slot 2r of
+ * element e, q = 4(e-1) + r. Each live node j (ascending) absorbs every
+ * other live mid-side node k within TOLM of it in both XYP rows (strictly):
+ * IDEL(k) = -1 and ELSLOT(2r, e) of k's own slot becomes j. Every pair is
+ * resolved in favour of the lower number; node NBASE+1 is never absorbed.
+ * The result equals that of comparing every pair; the search itself uses
+ * a grid and runs in about linear time. */
+SHELLFE_API void PACKMESHNODESDOTNET(int32_t* IDEL, const int32_t* NBASE, const int32_t* NTOT,
+                                     const float* XYP, int32_t* ELSLOT, const int32_t* LDEL,
+                                     const float* TOLM) SHELLFE_NOEXCEPT;
+
+/* Natural coordinates of the point (XP, YP, ZP) in the quadrilateral whose
+ * corners are the nodes in slots 1, 3, 5, 7 of row IEL of IELNOD. Points
+ * and corners are projected onto the plane axes (-c1*c3, c4, -c3*c2) and
+ * (c2, 0, -c1), and the bilinear map is inverted in closed form in double
+ * precision. Outside points are clamped to the border without a signal; a
+ * degenerate element gives XI = 0; an impossible root gives NaN. Argument
+ * 10 is not used. */
+SHELLFE_API void NORMALISEDCORDDOTNET(const int32_t* IEL, float* XI, float* ETA, const float* XP,
+                                      const float* YP, const float* ZP, const int32_t* IELNOD,
+                                      const float* XYZN, const int32_t* LDCN, const void* UNUSED10,
+                                      const float* DC1, const float* DC2, const float* DC3,
+                                      const float* DC4, const int32_t* NNODE) SHELLFE_NOEXCEPT;
+
 #ifdef __cplusplus
 } /* extern "C" */
 #endif
