@@ -97,6 +97,26 @@ void gather_node(const NodeGather<Element, Real>& g, const Extra& extra) {
     }
 }
 
+// Binds the host's arguments shared by the stiffness and the mass routines.
+template <class Element, class Real, class Extra>
+void gather_node(Element* ELEM, const std::int32_t* INODE, const std::int32_t* NENOD, Real* NODEM,
+                 const std::int32_t* IELEM, const std::int32_t* IELNOD, const std::int32_t* NDOFE,
+                 const std::int32_t* NDOFN, const std::int32_t* LDES, const std::int32_t* LDNM,
+                 const std::int32_t* LDCN, const std::int32_t* LOCNOD, std::int32_t* NNZCNT,
+                 const Extra& extra) {
+    const NodeGather<Element, Real> g{.element = host_rows(ELEM, {0, *LDES}),
+                                      .node = host_rows(NODEM, {0, *LDNM}),
+                                      .ielnod = host_rows(IELNOD, {0, *LDCN}),
+                                      .ielem = *IELEM,
+                                      .locnod = host_array(LOCNOD),
+                                      .inode = *INODE,
+                                      .nenod = *NENOD,
+                                      .ndofe = *NDOFE,
+                                      .ndofn = *NDOFN,
+                                      .nnzcnt = NNZCNT};
+    gather_node(g, extra);
+}
+
 template <class Load>
 void gather_stiffness(float* ESTIF, const std::int32_t* INODE, const std::int32_t* NENOD,
                       float* SNODE, const std::int32_t* IELEM, const float* SPRING,
@@ -105,23 +125,14 @@ void gather_stiffness(float* ESTIF, const std::int32_t* INODE, const std::int32_
                       const std::int32_t* LDSF, const std::int32_t* LDNM, const std::int32_t* LDCN,
                       const float* UPRES, Load* FLOAD, const std::int32_t* LOCNOD,
                       std::int32_t* NNZCNT, const std::int32_t* IDOFMAP) {
-    const NodeGather<float, float> g{.element = host_rows(ESTIF, {0, *LDES}),
-                                     .node = host_rows(SNODE, {0, *LDNM}),
-                                     .ielnod = host_rows(IELNOD, {0, *LDCN}),
-                                     .ielem = *IELEM,
-                                     .locnod = host_array(LOCNOD),
-                                     .inode = *INODE,
-                                     .nenod = *NENOD,
-                                     .ndofe = *NDOFE,
-                                     .ndofn = *NDOFN,
-                                     .nnzcnt = NNZCNT};
     const Supports<Load> supports{.spring = host_array(SPRING),
                                   .visited = host_array(IVISIT),
                                   .flags = host_rows(ISPRF, {0, *LDSF}),
                                   .dofmap = host_array(IDOFMAP),
                                   .prescribed = host_array(UPRES),
                                   .load = host_array(FLOAD)};
-    gather_node(g, supports);
+    gather_node(ESTIF, INODE, NENOD, SNODE, IELEM, IELNOD, NDOFE, NDOFN, LDES, LDNM, LDCN, LOCNOD,
+                NNZCNT, supports);
 }
 
 }  // namespace
@@ -155,15 +166,6 @@ extern "C" void BUILDALLNODEMASSDLL(const double* EMASS, const int32_t* INODE, c
                                     const int32_t* NDOFN, const int32_t* LDES, const void*,
                                     const int32_t* LDNM, const void*, const int32_t* LDCN,
                                     const int32_t* LOCNOD, int32_t* NNZCNT) noexcept {
-    const NodeGather<const double, double> g{.element = host_rows(EMASS, {0, *LDES}),
-                                             .node = host_rows(DNODE, {0, *LDNM}),
-                                             .ielnod = host_rows(IELNOD, {0, *LDCN}),
-                                             .ielem = *IELEM,
-                                             .locnod = host_array(LOCNOD),
-                                             .inode = *INODE,
-                                             .nenod = *NENOD,
-                                             .ndofe = *NDOFE,
-                                             .ndofn = *NDOFN,
-                                             .nnzcnt = NNZCNT};
-    gather_node(g, NoSupports{});
+    gather_node(EMASS, INODE, NENOD, DNODE, IELEM, IELNOD, NDOFE, NDOFN, LDES, LDNM, LDCN, LOCNOD,
+                NNZCNT, NoSupports{});
 }
