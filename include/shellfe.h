@@ -418,23 +418,23 @@ SHELLFE_API void FELOADTOGLOADDOTNET01(const int32_t* NENOD, const int32_t* IELN
                                        const float* ELOAD, float* NODFRC, const void* UNUSED10,
                                        const int32_t* IELEM) SHELLFE_NOEXCEPT;
 
-/* ------------------------------------------------------------------------
- * Mesh bookkeeping
- *
- * Node-to-member incidence, coincident and mid-side node merging, beams on
- * element edges, table comparison, the nearest point and the natural
- * coordinates of a point. Tables "with row length L+1" are stored row after
- * row, entry (i, j) at flat position i*(L+1) + j; member slot tables hold the
- * node of slot s (1..8) of member j at (s, j). Merged nodes are flagged
- * IDEL(n) = -1 and keep their numbers.
- * ------------------------------------------------------------------------ */
-
 /* Index IPT (1..NPT) of the point (XPT(i), YPT(i)) nearest to (XP, YP), the
  * distance formed in single precision: the lowest index among equal
  * distances, and 0 when no point lies nearer than 1.0e8 (or NPT < 1). A
  * NaN distance never wins. */
 SHELLFE_API void FINDLOADPOINT(const int32_t* NPT, int32_t* IPT, const float* XP, const float* YP,
                                const float* XPT, const float* YPT) SHELLFE_NOEXCEPT;
+
+/* ------------------------------------------------------------------------
+ * Mesh bookkeeping
+ *
+ * Node-to-member incidence, coincident and mid-side node merging, beams on
+ * element edges, table comparison and the natural coordinates of a point.
+ * Tables "with row length L+1" are stored row after row, entry (i, j) at
+ * flat position i*(L+1) + j; member slot tables hold the node of slot s
+ * (1..8) of member j at (s, j). Merged nodes are flagged IDEL(n) = -1 and
+ * keep their numbers.
+ * ------------------------------------------------------------------------ */
 
 /* Node-to-member incidence. For members j = 1..NMEM and slots s = 1..8 with
  * n = MEMSLT(s, j) > 0, member j is appended to the record of node n
