@@ -20,7 +20,9 @@
 //                    lists (every candidate entry of every listed block).
 //   skyline          ADDSHELLTOSDOTNET (NSLOT = 8) element by element into a
 //                    skyline zeroed per assembly; nodes renumbered row by row
-//                    through NUMNOD to narrow the profile.
+//                    through NUMNOD to narrow the profile. At N = 200 the
+//                    profile (2.2e9 entries) is beyond a 32-bit IDIAG, and
+//                    the benchmark says so instead of running.
 //   eigen            Eigen's SparseMatrix<double>::setFromTriplets from the
 //                    upper-triangle couplings of every element, the triplet
 //                    list built per assembly.
@@ -36,9 +38,14 @@
 // all routes, are not counted. Every heap block in the process counts with
 // the size the allocator reserved for it (glibc builds only).
 //
-// The routes are checked once, untimed, before their timings: the
-// compressed-row and skyline results against Eigen's entry by entry, and
-// every route's sum of entries against the element matrices.
+// Before its timings every benchmark checks one untimed result: the sum of
+// the compressed-row and skyline entries against the element matrices and,
+// where Eigen is installed, every entry against Eigen's; the merges against
+// the expected merged nodes and redirected slots. That first run also
+// warms the allocator: freed memory stays in the process, as
+// in a long-running host, so that the timings show assembly and not the
+// kernel handing out fresh pages (on a virtual machine their first touch
+// can cost more than the assembly itself).
 #include <benchmark/benchmark.h>
 
 #include <algorithm>
@@ -46,7 +53,6 @@
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
-#include <cstdio>
 #include <limits>
 #include <map>
 #include <memory>
@@ -78,8 +84,8 @@ std::atomic<long long> live{0}, peak{0};
 inline void add(void* p) {
 #if defined(__GLIBC__)
     if (!p) return;
-    const long long now = live.fetch_add(static_cast<long long>(malloc_usable_size(p)), std::memory_order_relaxed) +
-                          static_cast<long long>(malloc_usable_size(p));
+    const auto size = static_cast<long long>(malloc_usable_size(p));
+    const long long now = live.fetch_add(size, std::memory_order_relaxed) + size;
     long long high = peak.load(std::memory_order_relaxed);
     while (now > high && !peak.compare_exchange_weak(high, now, std::memory_order_relaxed)) {
     }
@@ -100,7 +106,9 @@ inline long long start() {
     peak.store(now, std::memory_order_relaxed);
     return now;
 }
-inline double peak_since(long long base) { return static_cast<double>(peak.load(std::memory_order_relaxed) - base); }
+inline double peak_since(long long base) {
+    return static_cast<double>(peak.load(std::memory_order_relaxed) - base);
+}
 constexpr bool counted() {
 #if defined(__GLIBC__)
     return true;
@@ -172,11 +180,11 @@ void* pvalloc(std::size_t n) noexcept {
 
 namespace {
 
-constexpr int32_t kDof = 6;                  // degrees of freedom per node
-constexpr int32_t kSlots = 8;                // nodes per element
-constexpr int32_t kLdes = kSlots * kDof;     // element matrices are (0:48, 0:48)
-constexpr int32_t kNodmemRecord = 51;        // count and 50 members per node
-constexpr int kDistinct = 8;                 // distinct element matrices
+constexpr int32_t kDof = 6;               // degrees of freedom per node
+constexpr int32_t kSlots = 8;             // nodes per element
+constexpr int32_t kLdes = kSlots * kDof;  // element matrices are (0:48, 0:48)
+constexpr int32_t kNodmemRecord = 51;     // count and 50 members per node
+constexpr int kDistinct = 8;              // distinct element matrices
 constexpr int32_t kUpperPerElement = kLdes * (kLdes + 1) / 2;
 
 template <class T>
@@ -184,8 +192,9 @@ std::unique_ptr<T[]> uninitialised(std::size_t n) {
     return std::unique_ptr<T[]>(new T[n]);
 }
 
-// Symmetric element matrices, rows stored one after another, every entry of
-// magnitude 0.5 to 1.5 so that nothing falls below the storage cut-off.
+// Symmetric element matrices, rows stored one after another: diagonal 5 to
+// 15, off-diagonal entries of either sign and magnitude 0.5 to 1.5, so that
+// nothing falls below the storage cut-off.
 struct ElementMatrices {
     std::vector<float> k;
     ElementMatrices() : k(static_cast<std::size_t>(kDistinct) * (kLdes + 1) * (kLdes + 1), 0.0f) {
@@ -194,13 +203,18 @@ struct ElementMatrices {
             for (int p = 1; p <= kLdes; ++p)
                 for (int q = 1; q <= p; ++q) {
                     s = s * 1664525u + 1013904223u;
-                    const float v = (p == q ? 10.0f : ((s >> 31) ? 1.0f : -1.0f)) * (0.5f + float(s >> 8) / float(1 << 24));
+                    const float v = (p == q ? 10.0f : ((s >> 31) ? 1.0f : -1.0f)) *
+                                    (0.5f + float(s >> 8) / float(1 << 24));
                     at(m, p, q) = v;
                     at(m, q, p) = v;
                 }
     }
-    float& at(int m, int p, int q) { return k[(static_cast<std::size_t>(m) * (kLdes + 1) + p) * (kLdes + 1) + q]; }
-    float* of(int32_t elem) { return k.data() + static_cast<std::size_t>(elem % kDistinct) * (kLdes + 1) * (kLdes + 1); }
+    float& at(int m, int p, int q) {
+        return k[(static_cast<std::size_t>(m) * (kLdes + 1) + p) * (kLdes + 1) + q];
+    }
+    float* of(int32_t elem) {
+        return k.data() + static_cast<std::size_t>(elem % kDistinct) * (kLdes + 1) * (kLdes + 1);
+    }
 };
 
 ElementMatrices& element_matrices() {
@@ -212,7 +226,7 @@ ElementMatrices& element_matrices() {
 struct Slab {
     SlabMesh mesh;
     int32_t nelem, nnode, neq;
-    double element_sum = 0.0;  // sum of every element's upper couplings
+    double element_sum = 0.0;  // sum of every coupling of every element, each once
 #if defined(SHELLFE_HAVE_EIGEN)
     // The upper triangle, row-major, assembled by Eigen: the reference the
     // library's routes are compared with.
@@ -239,7 +253,9 @@ Slab& slab(int n) {
     return *s;
 }
 
-bool close_to(double a, double b, double tol) { return std::fabs(a - b) <= tol * std::max(1.0, std::fabs(b)); }
+bool close_to(double a, double b, double tol) {
+    return std::fabs(a - b) <= tol * std::max(1.0, std::fabs(b));
+}
 
 // ---- route 1: node matrices and compressed rows, in the host's order -------
 
@@ -253,8 +269,8 @@ struct CompressedRowRoute {
     Slab& s;
     int32_t ldnm = 0;
     std::size_t capacity = 0;
-    std::vector<int32_t> nodmem;   // FEMEMBERSTONODES1DOTNET records
-    std::vector<int32_t> lists;    // per node: count, then neighbours >= node, ascending
+    std::vector<int32_t> nodmem;  // FEMEMBERSTONODES1DOTNET records
+    std::vector<int32_t> lists;   // per node: count, then neighbours >= node, ascending
     std::vector<std::size_t> list_at;
     std::vector<int32_t> locnod, ivisit, ifix, isprf, idofmap;
     std::vector<float> snode, spring, upres, fload;
@@ -307,14 +323,15 @@ struct CompressedRowRoute {
             const int32_t* rec = nodmem.data() + std::size_t(kNodmemRecord) * n;
             for (int32_t k = 1; k <= rec[0]; ++k) {
                 const int32_t e = rec[k];
-                BUILDALLNODESTIFFDLLDOTNET(element_matrices().of(e), &n, &nenod, snode.data(), &e, spring.data(),
-                                           ivisit.data(), nullptr, s.mesh.ielnod.data(), isprf.data(), &ndof,
-                                           &ndof, &ldes, &ldsf, &ldnm, nullptr, &ldcn, nullptr, upres.data(),
-                                           fload.data(), locnod.data(), &m.nnzcnt, idofmap.data());
+                BUILDALLNODESTIFFDLLDOTNET(
+                    element_matrices().of(e), &n, &nenod, snode.data(), &e, spring.data(), ivisit.data(),
+                    nullptr, s.mesh.ielnod.data(), isprf.data(), &ndof, &ndof, &ldes, &ldsf, &ldnm, nullptr,
+                    &ldcn, nullptr, upres.data(), fload.data(), locnod.data(), &m.nnzcnt, idofmap.data());
             }
             for (int32_t r = 1; r <= kDof; ++r)
                 ADDTOCRSSTIFFDLLDOTNET(&ndof, &ldnm, &m.nnz, m.irowptr.get(), m.icol.get(), nullptr, &m.nrows,
-                                       ifix.data(), snode.data(), m.val.get(), nullptr, &r, nodlst, nullptr, &ndof);
+                                       ifix.data(), snode.data(), m.val.get(), nullptr, &r, nodlst, nullptr,
+                                       &ndof);
         }
         m.irowptr[m.nrows] = m.nnz + 1;
         return m;
@@ -388,8 +405,8 @@ struct SkylineRoute {
         const int32_t ndof = kDof, ldes = kLdes, nslot = kSlots, ldcn = s.mesh.ldcn;
         std::fill(sky.begin(), sky.end(), 0.0);
         for (int32_t e = 1; e <= s.nelem; ++e)
-            ADDSHELLTOSDOTNET(element_matrices().of(e), s.mesh.ielnod.data(), nullptr, idiag.data(), &nband, &ndof,
-                              sky.data(), numnod.data(), &e, &ldcn, nullptr, nullptr, &ldes, &nslot);
+            ADDSHELLTOSDOTNET(element_matrices().of(e), s.mesh.ielnod.data(), nullptr, idiag.data(), &nband,
+                              &ndof, sky.data(), numnod.data(), &e, &ldcn, nullptr, nullptr, &ldes, &nslot);
     }
 
     std::string check() const {
@@ -436,16 +453,23 @@ Matrix eigen_assemble(Slab& s) {
 
 // ---- benchmarks ----------------------------------------------------------------
 
-void publish(benchmark::State& state, double peak, double nnz) {
-    if (heap::counted()) state.counters["peak_heap"] = benchmark::Counter(peak, benchmark::Counter::kDefaults,
-                                                                          benchmark::Counter::OneK::kIs1024);
-    state.counters["nnz"] = nnz;
+void publish_peak(benchmark::State& state, double peak) {
+    if (heap::counted())
+        state.counters["peak_heap"] =
+            benchmark::Counter(peak, benchmark::Counter::kDefaults, benchmark::Counter::OneK::kIs1024);
+}
+
+// entries: what the matrix storage holds (for the skyline, its whole profile).
+void publish(benchmark::State& state, double peak, double entries) {
+    publish_peak(state, peak);
+    state.counters["entries"] = entries;
 }
 
 Slab& prepared_slab(int n) {
     Slab& s = slab(n);
 #if defined(SHELLFE_HAVE_EIGEN)
-    if (s.reference.rows() == 0) s.reference = eigen_assemble<Eigen::SparseMatrix<double, Eigen::RowMajor>>(s);
+    if (s.reference.rows() == 0)
+        s.reference = eigen_assemble<Eigen::SparseMatrix<double, Eigen::RowMajor>>(s);
 #endif
     return s;
 }
@@ -494,6 +518,7 @@ void eigen_triplets(benchmark::State& state) {
     Slab& s = prepared_slab(int(state.range(0)));
     const long long base = heap::start();
     double nnz = 0;
+    eigen_assemble<Eigen::SparseMatrix<double>>(s);  // warms the allocator
     for (auto _ : state) {
         Eigen::SparseMatrix<double> m = eigen_assemble<Eigen::SparseMatrix<double>>(s);
         benchmark::DoNotOptimize(m.valuePtr());
@@ -517,9 +542,15 @@ struct UnmergedSlab {
     int32_t merged = 0;
 
     explicit UnmergedSlab(int n_)
-        : n(n_), mesh(n_, n_, 1.0f, false), slots(mesh.ielnod), nodmem(kNodmemRecord * std::size_t(mesh.nnode + 1), 0),
-          idel(mesh.nnode + 1, 0), expected_slots(mesh.ielnod), expected_idel(mesh.nnode + 1, 0),
-          xyz(3 * std::size_t(mesh.nnode + 1), 0.0f), xyp(3 * std::size_t(mesh.nnode + 1), 0.0f) {
+        : n(n_),
+          mesh(n_, n_, 1.0f, false),
+          slots(mesh.ielnod),
+          nodmem(kNodmemRecord * std::size_t(mesh.nnode + 1), 0),
+          idel(mesh.nnode + 1, 0),
+          expected_slots(mesh.ielnod),
+          expected_idel(mesh.nnode + 1, 0),
+          xyz(3 * std::size_t(mesh.nnode + 1), 0.0f),
+          xyp(3 * std::size_t(mesh.nnode + 1), 0.0f) {
         int32_t maxmem = 0;
         FEMEMBERSTONODES1DOTNET(nullptr, &mesh.nelem, &maxmem, nodmem.data(), mesh.ielnod.data());
         const std::size_t row = mesh.nnode + 1;
@@ -529,7 +560,9 @@ struct UnmergedSlab {
         }
         // Each interior edge: the two elements' mid-side slots both name the
         // lower of their two nodes, and the higher one is merged away.
-        auto slot = [&](std::vector<int32_t>& t, int s, int e) -> int32_t& { return t[std::size_t(s) * (mesh.ldcn + 1) + e]; };
+        auto slot = [&](std::vector<int32_t>& t, int s, int e) -> int32_t& {
+            return t[std::size_t(s) * (mesh.ldcn + 1) + e];
+        };
         for (int j = 0; j < n; ++j)
             for (int i = 0; i < n; ++i) {
                 const int e = 1 + i + j * n;
@@ -577,8 +610,7 @@ void merge(benchmark::State& state, Merge run) {
         run(s);
         benchmark::ClobberMemory();
     }
-    if (heap::counted()) state.counters["peak_heap"] = benchmark::Counter(peak, benchmark::Counter::kDefaults,
-                                                                          benchmark::Counter::OneK::kIs1024);
+    publish_peak(state, peak);
     state.counters["nodes"] = s.mesh.nnode;
     state.counters["merged"] = s.merged;
 }
@@ -586,7 +618,8 @@ void merge(benchmark::State& state, Merge run) {
 void coincident_nodes(benchmark::State& state) {
     merge(state, [](UnmergedSlab& s) {
         const int32_t nnode = s.mesh.nnode, nmem = s.mesh.nelem, ldnmem = kNodmemRecord - 1;
-        PACKNODFE1DOTNET(s.idel.data(), s.nodmem.data(), &nnode, s.slots.data(), &nmem, &ldnmem, s.xyz.data());
+        PACKNODFE1DOTNET(s.idel.data(), s.nodmem.data(), &nnode, s.slots.data(), &nmem, &ldnmem,
+                         s.xyz.data());
     });
 }
 
@@ -613,6 +646,11 @@ void register_sizes(const char* name, Fn fn, int (*iterations)(int)) {
 }
 
 [[maybe_unused]] const bool registered = [] {
+#if defined(__GLIBC__)
+    // Every block from the heap proper, and freed memory kept for reuse.
+    mallopt(M_MMAP_MAX, 0);
+    mallopt(M_TRIM_THRESHOLD, std::numeric_limits<int>::max());
+#endif
     register_sizes("crs_host_order", crs_host_order, assembly_iterations);
     register_sizes("skyline_ADDSHELLTOSDOTNET", skyline, assembly_iterations);
 #if defined(SHELLFE_HAVE_EIGEN)
