@@ -22,6 +22,12 @@
  * simply does no work. docs/api.md lists, for every argument, the extent a
  * routine may touch.
  *
+ * Results are the same bits on every platform and CPU (Linux library and
+ * Windows DLL alike), for every input. The one exception: where an element
+ * routine's result is NaN (from NaN or infinite input, or a division by
+ * zero), it is NaN everywhere but its sign and payload may differ between
+ * platforms. An infinite or NaN material angle has sine and cosine NaN.
+ *
  * All routines are thread-safe on distinct arrays: the library keeps no
  * mutable static data. Arguments documented as unused must still be passed
  * (any valid address, NULL included).
@@ -75,6 +81,9 @@ extern "C" {
  * reproducible: every product is rounded to the working precision and the
  * terms of each entry are added in increasing t starting from zero, on every
  * CPU. The dot-product forms (MATMULBT, MATMULBTDOUBLE) may sum in any order.
+ * All five give the same bits on every CPU and platform, NaNs included: an
+ * entry that is NaN is always the positive quiet NaN (0x7FC00000, in double
+ * 0x7FF8000000000000), whatever NaNs the factors held.
  *
  * CMAT must not share storage with AMAT or BMAT. The factors are read in
  * packed blocks while CMAT is being written, so an overlapping CMAT receives

@@ -2,8 +2,6 @@
 // with the single-precision value of pi, then sine and cosine.
 #pragma once
 
-#include <cmath>
-
 namespace shellfe {
 
 inline constexpr float kPi = 3.1415927f;
@@ -15,14 +13,18 @@ struct SinCos {
     float c;
 };
 
-// The single-precision sine and cosine of a single-precision angle, correctly
-// rounded: evaluated in double and rounded once. The C libraries' own
-// single-precision sin and cos differ from each other in the last bit for a
-// few percent of angles (7 degrees among them), which would make material
-// matrices differ between the Linux library and the Windows DLL.
-inline SinCos sin_cos(float radians) {
-    const double r = static_cast<double>(radians);
-    return {static_cast<float>(std::sin(r)), static_cast<float>(std::cos(r))};
-}
+// The bits of the sine and the cosine of an infinite or NaN angle: the
+// positive quiet NaN, whatever the sign or payload of the angle, so that
+// every platform gives the same material matrices for such input.
+inline constexpr unsigned kAngleNaNBits = 0x7FC00000u;
+
+// The single-precision sine and cosine of a single-precision angle,
+// correctly rounded for every finite angle, with an exact argument reduction
+// for large ones (sin_cos.cpp). The platforms' own functions cannot serve:
+// glibc's and the Windows runtime's differ in the last bit, the
+// single-precision ones for a few per cent of ordinary angles and the
+// double-precision ones from about 1.8e9 degrees on, and they give NaNs of
+// different signs for infinite or NaN angles.
+SinCos sin_cos(float radians) noexcept;
 
 }  // namespace shellfe

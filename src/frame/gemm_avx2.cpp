@@ -17,6 +17,10 @@ struct VecF {
     static R broadcast(const T* p) { return _mm256_broadcast_ss(p); }
     static R mul(R a, R b) { return _mm256_mul_ps(a, b); }
     static R add(R a, R b) { return _mm256_add_ps(a, b); }
+    static R canonical_nan(R v) {
+        const R nan = _mm256_castsi256_ps(_mm256_set1_epi32(0x7FC00000));
+        return _mm256_blendv_ps(v, nan, _mm256_cmp_ps(v, v, _CMP_UNORD_Q));
+    }
 };
 
 struct VecD {
@@ -29,6 +33,10 @@ struct VecD {
     static R broadcast(const T* p) { return _mm256_broadcast_sd(p); }
     static R mul(R a, R b) { return _mm256_mul_pd(a, b); }
     static R add(R a, R b) { return _mm256_add_pd(a, b); }
+    static R canonical_nan(R v) {
+        const R nan = _mm256_castsi256_pd(_mm256_set1_epi64x(0x7FF8000000000000));
+        return _mm256_blendv_pd(v, nan, _mm256_cmp_pd(v, v, _CMP_UNORD_Q));
+    }
 };
 
 #include "gemm_tile.inc"

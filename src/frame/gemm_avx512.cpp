@@ -17,6 +17,10 @@ struct VecF {
     static R broadcast(const T* p) { return _mm512_set1_ps(*p); }
     static R mul(R a, R b) { return _mm512_mul_ps(a, b); }
     static R add(R a, R b) { return _mm512_add_ps(a, b); }
+    static R canonical_nan(R v) {
+        const R nan = _mm512_castsi512_ps(_mm512_set1_epi32(0x7FC00000));
+        return _mm512_mask_blend_ps(_mm512_cmp_ps_mask(v, v, _CMP_UNORD_Q), v, nan);
+    }
 };
 
 struct VecD {
@@ -29,6 +33,10 @@ struct VecD {
     static R broadcast(const T* p) { return _mm512_set1_pd(*p); }
     static R mul(R a, R b) { return _mm512_mul_pd(a, b); }
     static R add(R a, R b) { return _mm512_add_pd(a, b); }
+    static R canonical_nan(R v) {
+        const R nan = _mm512_castsi512_pd(_mm512_set1_epi64(0x7FF8000000000000));
+        return _mm512_mask_blend_pd(_mm512_cmp_pd_mask(v, v, _CMP_UNORD_Q), v, nan);
+    }
 };
 
 #include "gemm_tile.inc"

@@ -4,8 +4,16 @@
 // vector kernels are tested against.
 #include "gemm.hpp"
 
+#include <bit>
+#include <cstdint>
+
 namespace shellfe::gemm {
 namespace portable {
+
+template <class R>
+constexpr auto kCanonicalNan = std::uint32_t{0x7FC00000};
+template <>
+constexpr auto kCanonicalNan<double> = std::uint64_t{0x7FF8000000000000};
 
 template <class Real>
 struct Scalar {
@@ -18,6 +26,9 @@ struct Scalar {
     static R broadcast(const T* p) { return *p; }
     static R mul(R a, R b) { return a * b; }
     static R add(R a, R b) { return a + b; }
+    static R canonical_nan(R v) {
+        return v == v ? v : std::bit_cast<R>(kCanonicalNan<R>);
+    }
 };
 
 #include "gemm_tile.inc"

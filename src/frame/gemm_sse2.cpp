@@ -16,6 +16,11 @@ struct VecF {
     static R broadcast(const T* p) { return _mm_set1_ps(*p); }
     static R mul(R a, R b) { return _mm_mul_ps(a, b); }
     static R add(R a, R b) { return _mm_add_ps(a, b); }
+    static R canonical_nan(R v) {
+        const R nan = _mm_castsi128_ps(_mm_set1_epi32(0x7FC00000));
+        const R is_nan = _mm_cmpunord_ps(v, v);
+        return _mm_or_ps(_mm_andnot_ps(is_nan, v), _mm_and_ps(is_nan, nan));
+    }
 };
 
 struct VecD {
@@ -28,6 +33,11 @@ struct VecD {
     static R broadcast(const T* p) { return _mm_set1_pd(*p); }
     static R mul(R a, R b) { return _mm_mul_pd(a, b); }
     static R add(R a, R b) { return _mm_add_pd(a, b); }
+    static R canonical_nan(R v) {
+        const R nan = _mm_castsi128_pd(_mm_set1_epi64x(0x7FF8000000000000));
+        const R is_nan = _mm_cmpunord_pd(v, v);
+        return _mm_or_pd(_mm_andnot_pd(is_nan, v), _mm_and_pd(is_nan, nan));
+    }
 };
 
 #include "gemm_tile.inc"

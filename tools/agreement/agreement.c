@@ -1,0 +1,1127 @@
+/*
+ * Calls every exported routine many times with seeded, reproducible inputs
+ * and prints one hash of all output bits per routine, so that the Linux
+ * library and the Windows DLL can be compared line by line (CI runs both and
+ * diffs the output).
+ *
+ *   shellfe_agreement               one line per routine: name, calls, hash
+ *   shellfe_agreement --trace NAME  one line per call of NAME: index, hash
+ *   shellfe_agreement --show NAME I every array of call I of NAME in hex,
+ *                                   before and after the call
+ *
+ * Inputs come from a 64-bit generator seeded by the routine's name and the
+ * call's index, built from integer bits and exact float arithmetic only, so
+ * both platforms generate the same inputs without their mathematical
+ * libraries. They are valid (arrays as large as the routine's extents, indices
+ * inside them) but awkward: angle sweeps, huge and non-finite angles,
+ * collapsed and clockwise elements, subnormals, values on and beside the
+ * thresholds, product sizes 1 to 70 and a few large ones.
+ *
+ * The dense products are also run through each instruction set the CPU
+ * supports (NAME/isa lines), by the kernels linked into this program, and must
+ * give the exported routine's bits on every one.
+ *
+ * The program fails when a routine of the interface description has no
+ * driver here (the list is generated from the description at build time).
+ */
+#include "shellfe.h"
+
+#include <inttypes.h>
+#include <stdio.h>
+#include <stdlib.h>
+#include <string.h>
+
+#include "described_routines.h" /* SHELLFE_DESCRIBED_ROUTINES: "NAME", ... */
+
+/* Forced instruction sets (forced_kernels.cpp). */
+int agreement_isa_count(void);
+const char* agreement_isa_name(int isa);
+int agreement_isa_supported(int isa);
+void agreement_product(int isa, int kind, const void* a, const void* b, void* c, int32_t m,
+                       int32_t k, int32_t n);
+
+/* ---- generator ------------------------------------------------------------ */
+
+typedef struct {
+    uint64_t s;
+} Rng;
+
+static uint64_t next(Rng* r) { /* splitmix64 */
+    uint64_t z = (r->s += 0x9E3779B97F4A7C15u);
+    z = (z ^ (z >> 30)) * 0xBF58476D1CE4E5B9u;
+    z = (z ^ (z >> 27)) * 0x94D049BB133111EBu;
+    return z ^ (z >> 31);
+}
+static int32_t irange(Rng* r, int32_t lo, int32_t hi) { /* lo..hi inclusive */
+    return lo + (int32_t)(next(r) % (uint64_t)(hi - lo + 1));
+}
+static int chance(Rng* r, int percent) { return (int)(next(r) % 100) < percent; }
+static float bits_f(uint32_t b) {
+    float f;
+    memcpy(&f, &b, 4);
+    return f;
+}
+static double bits_d(uint64_t b) {
+    double d;
+    memcpy(&d, &b, 8);
+    return d;
+}
+/* Uniform in [lo, hi), exactly: 24 random bits scaled. */
+static float uniform(Rng* r, float lo, float hi) {
+    float u = (float)(next(r) >> 40) * (1.0f / 16777216.0f);
+    return lo + (hi - lo) * u;
+}
+static double uniform_d(Rng* r, double lo, double hi) {
+    double u = (double)(next(r) >> 11) * (1.0 / 9007199254740992.0);
+    return lo + (hi - lo) * u;
+}
+/* A float of any finite magnitude, sign and kind (subnormals, zeros, powers
+ * of two), or an infinity or NaN when `nonfinite`. */
+static float awkward(Rng* r, int nonfinite) {
+    uint32_t b = (uint32_t)next(r);
+    switch (next(r) % 16) {
+        case 0: return bits_f(b & 0x807FFFFFu);                /* subnormal or zero */
+        case 1: return (b & 1) ? -0.0f : 0.0f;
+        case 2: return bits_f((b & 0x80000000u) | ((b & 0x3Fu) + 100u) << 23); /* power of two */
+        case 3: return nonfinite ? bits_f((b & 0x80000000u) | 0x7F800000u) : 1.0f;
+        case 4: return nonfinite ? bits_f(b | 0x7F800001u) : -1.0f; /* NaN, any payload and sign */
+        case 5: {
+            uint32_t e = (b >> 23) & 0xFFu;
+            if (e == 0xFFu) e = 0xFEu;
+            return bits_f((b & 0x807FFFFFu) | (e << 23));     /* any finite */
+        }
+        default: return uniform(r, -100.0f, 100.0f);
+    }
+}
+/* A material angle in degrees: ordinary, on the grid of whole and
+ * fifteen degrees, near the 0.001 radian cut, huge, or not finite. */
+static float angle(Rng* r) {
+    uint32_t b = (uint32_t)next(r);
+    switch (next(r) % 12) {
+        case 0: return (float)irange(r, -720, 720);
+        case 1: return 15.0f * (float)irange(r, -48, 48);
+        case 2: return uniform(r, -0.06f, 0.06f);                      /* around the cut */
+        case 3: return bits_f((b & 0x807FFFFFu) | (uint32_t)irange(r, 150, 254) << 23); /* >= 2^23 */
+        case 4: return bits_f((b & 0x807FFFFFu) | (uint32_t)irange(r, 157, 190) << 23); /* 1e9..1e19 */
+        case 5: return bits_f(0x4EDA938Cu);                             /* 1.83e9 degrees */
+        case 6: return bits_f((b & 0x80000000u) | 0x7F800000u);         /* infinite */
+        case 7: return bits_f(b | 0x7F800001u);                         /* NaN */
+        case 8: return bits_f(b & 0x807FFFFFu);                         /* subnormal */
+        default: return uniform(r, -400.0f, 400.0f);
+    }
+}
+
+/* ---- one call: its arrays, their hash and their dump ------------------------ */
+
+enum Kind { I32, F32, F64 };
+
+typedef struct {
+    const char* name;
+    void* p;
+    size_t count;
+    enum Kind kind;
+} Arg;
+
+typedef struct {
+    Arg args[40];
+    int n;
+    int show;
+    int any_nan; /* hash every NaN as one value */
+} Call;
+
+static size_t kind_size(enum Kind k) { return k == F64 ? 8 : 4; }
+
+/* A zero-filled array of `count` elements (at least one), kept with the call. */
+static void* arr(Call* c, const char* name, enum Kind kind, int64_t count) {
+    if (count < 1) count = 1;
+    void* p = calloc((size_t)count, kind_size(kind));
+    if (!p) {
+        fprintf(stderr, "out of memory\n");
+        exit(2);
+    }
+    c->args[c->n].name = name;
+    c->args[c->n].p = p;
+    c->args[c->n].count = (size_t)count;
+    c->args[c->n].kind = kind;
+    c->n++;
+    return p;
+}
+#define FA(c, name, count) ((float*)arr(c, name, F32, count))
+#define DA(c, name, count) ((double*)arr(c, name, F64, count))
+#define IA(c, name, count) ((int32_t*)arr(c, name, I32, count))
+
+/* An integer scalar argument. */
+static int32_t* iscalar(Call* c, const char* name, int32_t v) {
+    int32_t* p = IA(c, name, 1);
+    *p = v;
+    return p;
+}
+static float* fscalar(Call* c, const char* name, float v) {
+    float* p = FA(c, name, 1);
+    *p = v;
+    return p;
+}
+
+/* Fills with random bits of a kind: floats from awkward(), ints small. */
+static void fill_f(Rng* r, float* p, int64_t n, float lo, float hi, int awkward_percent) {
+    for (int64_t i = 0; i < n; ++i)
+        p[i] = chance(r, awkward_percent) ? awkward(r, 0) : uniform(r, lo, hi);
+}
+static void fill_d(Rng* r, double* p, int64_t n, double lo, double hi, int awkward_percent) {
+    for (int64_t i = 0; i < n; ++i)
+        p[i] = chance(r, awkward_percent) ? (double)awkward(r, 0) * uniform_d(r, 0.5, 2.0)
+                                          : uniform_d(r, lo, hi);
+}
+
+static void dump(const Call* c, const char* when) {
+    for (int a = 0; a < c->n; ++a) {
+        const Arg* g = &c->args[a];
+        printf("%s %s[%zu]:", when, g->name, g->count);
+        for (size_t i = 0; i < g->count; ++i) {
+            if (g->kind == F64) {
+                uint64_t v;
+                memcpy(&v, (const char*)g->p + 8 * i, 8);
+                printf(" %016" PRIx64, v);
+            } else {
+                uint32_t v;
+                memcpy(&v, (const char*)g->p + 4 * i, 4);
+                printf(" %08" PRIx32, v);
+            }
+        }
+        printf("\n");
+    }
+}
+
+static uint64_t fnv(uint64_t h, const void* p, size_t n) {
+    const unsigned char* b = (const unsigned char*)p;
+    for (size_t i = 0; i < n; ++i) h = (h ^ b[i]) * 0x100000001B3u;
+    return h;
+}
+
+/* Replaces every NaN by the positive quiet NaN. */
+static void canonical_nans(Arg* g) {
+    for (size_t i = 0; i < g->count; ++i) {
+        if (g->kind == F32) {
+            uint32_t v;
+            memcpy(&v, (char*)g->p + 4 * i, 4);
+            if ((v & 0x7FFFFFFFu) > 0x7F800000u) v = 0x7FC00000u;
+            memcpy((char*)g->p + 4 * i, &v, 4);
+        } else if (g->kind == F64) {
+            uint64_t v;
+            memcpy(&v, (char*)g->p + 8 * i, 8);
+            if ((v & 0x7FFFFFFFFFFFFFFFu) > 0x7FF0000000000000u) v = 0x7FF8000000000000u;
+            memcpy((char*)g->p + 8 * i, &v, 8);
+        }
+    }
+}
+
+/* Hash of every array of the call after it, in order; frees them. */
+static uint64_t finish(Call* c) {
+    uint64_t h = 0xCBF29CE484222325u;
+    for (int a = 0; a < c->n; ++a) {
+        if (c->any_nan) canonical_nans(&c->args[a]);
+        h = fnv(h, &c->args[a].count, sizeof c->args[a].count);
+        h = fnv(h, c->args[a].p, c->args[a].count * kind_size(c->args[a].kind));
+        free(c->args[a].p);
+    }
+    c->n = 0;
+    return h;
+}
+
+/* Marks the moment of the call: the arrays as they go in. */
+#define CALL(c, invocation)                   \
+    do {                                      \
+        if ((c)->show) dump((c), "in ");      \
+        invocation;                           \
+        if ((c)->show) dump((c), "out");      \
+    } while (0)
+
+/* ---- drivers --------------------------------------------------------------- */
+
+typedef void (*Driver)(Rng*, Call*, int64_t index, int variant);
+
+/* Sizes of the products: all 1..70 in turn, random ones, empty ones and a
+ * few large ones. */
+static void product_sizes(Rng* r, int64_t i, int32_t* m, int32_t* k, int32_t* n) {
+    if (i < 70) {
+        *m = *k = *n = (int32_t)i + 1;
+    } else if (i < 280) {
+        int32_t s = (int32_t)(i - 70) % 70 + 1;
+        *m = s;
+        *k = irange(r, 1, 70);
+        *n = irange(r, 1, 70);
+        if (i % 3 == 1) { int32_t t = *m; *m = *n; *n = t; }
+        if (i % 3 == 2) { int32_t t = *m; *m = *k; *k = t; }
+    } else if (i % 40 == 0) {
+        *m = irange(r, 100, 300);
+        *k = irange(r, 200, 600);
+        *n = irange(r, 100, 300);
+    } else if (i % 40 == 1) {
+        *m = irange(r, -1, 3);
+        *k = irange(r, -2, 1);
+        *n = irange(r, -1, 3);
+    } else {
+        *m = irange(r, 1, 70);
+        *k = irange(r, 1, 70);
+        *n = irange(r, 1, 70);
+    }
+}
+
+/* kind as in agreement_product(); variant < 0: the exported routine,
+ * otherwise the kernel of that instruction set. */
+static void drive_product(Rng* r, Call* c, int64_t i, int kind, int isa) {
+    int32_t m, k, n;
+    product_sizes(r, i, &m, &k, &n);
+    int64_t la = (int64_t)(k + 1) * (m + 1), lb = (int64_t)(n + 1) * (k + 1);
+    if (kind == 1 || kind == 4) lb = (int64_t)(n + 1) * n + k + 1;
+    if (kind == 2) la = (int64_t)(k + 1) * k + m + 1;
+    int64_t lc = (int64_t)(n + 1) * (m + 1);
+    if (la < 1) la = 1;
+    if (lb < 1) lb = 1;
+    if (lc < 1) lc = 1;
+    int32_t *pm = iscalar(c, "MDIM", m), *pk = iscalar(c, "KDIM", k), *pn = iscalar(c, "NDIM", n);
+    /* Mostly ordinary values; a quarter of the calls carry awkward ones,
+     * infinities and NaNs included. */
+    int awk = (i % 4 == 3) ? 5 : 0;
+    if (kind <= 2) {
+        float *a = FA(c, "AMAT", la), *b = FA(c, "BMAT", lb), *cm = FA(c, "CMAT", lc);
+        for (int64_t x = 0; x < la; ++x) a[x] = chance(r, awk) ? awkward(r, 1) : uniform(r, -2, 2);
+        for (int64_t x = 0; x < lb; ++x) b[x] = chance(r, awk) ? awkward(r, 1) : uniform(r, -2, 2);
+        for (int64_t x = 0; x < lc; ++x) cm[x] = bits_f((uint32_t)next(r) | 0x7F800001u);
+        if (isa < 0) {
+            CALL(c, (kind == 0   ? MATMULDLLDOTNET(a, b, cm, pm, pk, pn)
+                     : kind == 1 ? MATMULBTDLLDOTNET(a, b, cm, pm, pk, pn)
+                                 : MATMULATDLLDOTNET(a, b, cm, pm, pk, pn)));
+        } else {
+            CALL(c, agreement_product(isa, kind, a, b, cm, m, k, n));
+        }
+    } else {
+        double *a = DA(c, "AMAT", la), *b = DA(c, "BMAT", lb), *cm = DA(c, "CMAT", lc);
+        for (int64_t x = 0; x < la; ++x) a[x] = chance(r, awk) ? (double)awkward(r, 1) : uniform_d(r, -2, 2);
+        for (int64_t x = 0; x < lb; ++x) b[x] = chance(r, awk) ? (double)awkward(r, 1) : uniform_d(r, -2, 2);
+        for (int64_t x = 0; x < lc; ++x) cm[x] = bits_d(next(r) | 0x7FF0000000000001u);
+        if (isa < 0) {
+            CALL(c, (kind == 3 ? MATMULDOUBLEDLLDOTNET(a, b, cm, pm, pk, pn)
+                               : MATMULBTDOUBLEDLLDOTNET(a, b, cm, pm, pk, pn)));
+        } else {
+            CALL(c, agreement_product(isa, kind, a, b, cm, m, k, n));
+        }
+    }
+}
+static void d_matmul(Rng* r, Call* c, int64_t i, int v) { drive_product(r, c, i, 0, v); }
+static void d_matmulbt(Rng* r, Call* c, int64_t i, int v) { drive_product(r, c, i, 1, v); }
+static void d_matmulat(Rng* r, Call* c, int64_t i, int v) { drive_product(r, c, i, 2, v); }
+static void d_matmuld(Rng* r, Call* c, int64_t i, int v) { drive_product(r, c, i, 3, v); }
+static void d_matmulbtd(Rng* r, Call* c, int64_t i, int v) { drive_product(r, c, i, 4, v); }
+
+/* A material row: E1, nu12, E2, G12, transverse shear moduli, angle; the
+ * other columns random. Column-major table (0:rows-1, 0:cols-1). */
+static void material_row(Rng* r, float* prop, int32_t rows, int32_t cols, int32_t row) {
+    for (int32_t j = 0; j < cols; ++j) prop[row + j * rows] = uniform(r, -1, 1);
+    float e1 = uniform(r, 1e3f, 3e5f);
+    prop[row + 1 * rows] = e1;
+    prop[row + 2 * rows] = uniform(r, 0.0f, 0.45f);
+    prop[row + 8 * rows] = chance(r, 30) ? e1 : uniform(r, 1e3f, 3e5f);
+    prop[row + 9 * rows] = uniform(r, 1e2f, 1e5f);
+    if (cols > 11) {
+        prop[row + 10 * rows] = uniform(r, 1e2f, 1e5f);
+        prop[row + 11 * rows] = chance(r, 30) ? prop[row + 10 * rows] : uniform(r, 1e2f, 1e5f);
+    }
+    if (cols > 17) prop[row + 17 * rows] = angle(r);
+    if (chance(r, 3)) prop[row + 1 * rows] = awkward(r, 0);
+}
+
+/* Layers for the plate rigidities: (0:nlay, 0:17) and faces (0:nlay+1). */
+static void layers(Rng* r, float* play, float* zlay, int32_t nlay) {
+    for (int32_t l = 0; l <= nlay; ++l) material_row(r, play, nlay + 1, 18, l);
+    float z = uniform(r, -0.2f, 0.0f);
+    for (int32_t l = 0; l <= nlay + 1; ++l) {
+        zlay[l] = z;
+        z += chance(r, 5) ? 0.0f : uniform(r, 0.001f, 0.1f);
+    }
+    if (nlay == 2 && chance(r, 40)) { /* two identical unrotated isotropic layers */
+        for (int32_t j = 0; j < 18; ++j) play[2 + j * 3] = play[1 + j * 3];
+        play[1 + 17 * 3] = play[2 + 17 * 3] = 0.0f;
+        play[1 + 8 * 3] = play[2 + 8 * 3] = play[1 + 1 * 3];
+        play[1 + 11 * 3] = play[2 + 11 * 3] = play[1 + 10 * 3];
+    }
+}
+
+static void d_modip(Rng* r, Call* c, int64_t i, int v) {
+    (void)v;
+    int32_t nmat = irange(r, 0, 3), imat = irange(r, 0, nmat);
+    float* dmat = FA(c, "DMAT", 16);
+    float* prop = FA(c, "PROP", 17 * (nmat + 1) + imat + 1);
+    int32_t rows = nmat + 1;
+    for (int32_t x = 0; x < 17 * (nmat + 1) + imat + 1; ++x) prop[x] = uniform(r, -1, 1);
+    prop[imat + 1 * rows] = uniform(r, 1e3f, 3e5f);
+    prop[imat + 2 * rows] = uniform(r, 0.0f, 0.45f);
+    prop[imat + 8 * rows] = uniform(r, 1e3f, 3e5f);
+    prop[imat + 9 * rows] = uniform(r, 1e2f, 1e5f);
+    prop[imat + 17 * rows] = angle(r);
+    if (i == 0) { /* the values of a reported disagreement */
+        prop[imat + 1 * rows] = 2e5f;
+        prop[imat + 2 * rows] = 0.3f;
+        prop[imat + 8 * rows] = 7e4f;
+        prop[imat + 9 * rows] = 3e4f;
+        prop[imat + 17 * rows] = bits_f(0x4EDA938Cu);
+    }
+    if (chance(r, 3)) prop[imat + 1 * rows] = awkward(r, 1);
+    for (int x = 0; x < 16; ++x) dmat[x] = bits_f((uint32_t)next(r));
+    int32_t *pi = iscalar(c, "IMAT", imat), *pn = iscalar(c, "NMAT", nmat);
+    CALL(c, MODIPDLLDOTNET(dmat, prop, pi, pn));
+}
+
+static void d_modpb(Rng* r, Call* c, int64_t i, int v) {
+    (void)i; (void)v;
+    int32_t nlay = irange(r, 1, 6);
+    int32_t ibend = irange(r, 0, 2), ishear = irange(r, 0, 1);
+    float *db = FA(c, "DBEND", 16), *ds = FA(c, "DSHEAR", 9);
+    float *prop = FA(c, "PROP", 18 * (nlay + 1)), *zlay = FA(c, "ZLAY", nlay + 2);
+    layers(r, prop, zlay, nlay);
+    for (int x = 0; x < 16; ++x) db[x] = bits_f((uint32_t)next(r));
+    for (int x = 0; x < 9; ++x) ds[x] = bits_f((uint32_t)next(r));
+    int32_t *pb = iscalar(c, "IBEND", ibend), *ps = iscalar(c, "ISHEAR", ishear),
+            *pl = iscalar(c, "NLAY", nlay);
+    CALL(c, MODPBDLLDOTNET(db, ds, pb, ps, prop, zlay, pl));
+}
+
+/* Node coordinates of a plane element of `nnode` nodes into XY (0:9, 0:2):
+ * a distorted square or triangle, sometimes clockwise, collapsed or tiny. */
+static void element_xy(Rng* r, float* xy, int32_t nnode, int32_t ntype) {
+    static const float quad[9][2] = {{-1, -1}, {0, -1}, {1, -1}, {1, 0}, {1, 1},
+                                     {0, 1},   {-1, 1}, {-1, 0}, {0, 0}};
+    static const float tri[6][2] = {{0, 0}, {0.5f, 0}, {1, 0}, {0.5f, 0.5f}, {0, 1}, {0, 0.5f}};
+    float scale = chance(r, 10) ? bits_f((uint32_t)irange(r, 60, 140) << 23) : uniform(r, 0.2f, 5.0f);
+    float skew = uniform(r, -0.3f, 0.3f);
+    int flip = chance(r, 10), collapse = chance(r, 5);
+    for (int k = 0; k < 30; ++k) xy[k] = uniform(r, -1, 1);
+    for (int32_t k = 1; k <= 9; ++k) {
+        float u, w;
+        if (ntype == 3 || ntype == 6) {
+            u = tri[(k - 1) % 6][0];
+            w = tri[(k - 1) % 6][1];
+        } else {
+            u = quad[k - 1][0];
+            w = quad[k - 1][1];
+        }
+        u += uniform(r, -0.1f, 0.1f) + skew * w;
+        w += uniform(r, -0.1f, 0.1f);
+        if (flip) w = -w;
+        if (collapse) w = 0.0f;
+        xy[k + 10] = u * scale;
+        xy[k + 20] = w * scale;
+    }
+    (void)nnode;
+}
+
+/* GPOS, GWEI (0:2, 0:*) for a rule of up to `npts` points per row. */
+static void rule(Rng* r, float* gpos, float* gwei, int64_t lpos, int64_t lwei) {
+    for (int64_t x = 0; x < lpos; ++x) gpos[x] = uniform(r, -1, 1);
+    for (int64_t x = 0; x < lwei; ++x) gwei[x] = uniform(r, 0.1f, 1.0f);
+    /* row 2 holds triangle points inside the reference triangle */
+    for (int64_t x = 2; x < lpos; x += 3) gpos[x] = uniform(r, 0.0f, 0.5f);
+}
+
+static int32_t element_type(Rng* r) {
+    static const int32_t types[] = {1, 2, 3, 4, 6, 1, 2, 3, 6, 5, 0};
+    return types[next(r) % 11];
+}
+
+static int32_t node_count(Rng* r, int32_t ntype) {
+    if (chance(r, 5)) return irange(r, 10, 12); /* treated as nine */
+    if (ntype == 3) return 6;
+    if (ntype == 6 || ntype == 4) return 3;
+    return chance(r, 50) ? 8 : 9;
+}
+
+static void d_stiffp003(Rng* r, Call* c, int64_t i, int v) {
+    (void)i; (void)v;
+    int32_t ntype = element_type(r), ngpx = irange(r, 1, 3), ngpy = irange(r, 1, 3);
+    int32_t nnode = node_count(r, ntype), nnodt = chance(r, 80) ? nnode : irange(r, 1, 10);
+    int32_t nelem = irange(r, 0, 3), iel = irange(r, 0, nelem), nmat = irange(r, 0, 2),
+            imat = irange(r, 0, nmat);
+    int tri = ntype == 3 || ntype == 6;
+    int32_t big = ngpx > ngpy ? ngpx : ngpy;
+    int64_t lpos = tri ? 6 * ngpy + 3 : 3 * big + 2, lwei = tri ? 3 * ngpy + 3 : 3 * big + 2;
+    int32_t nt = nnodt < 9 ? nnodt : 9;
+    int32_t *pgx = iscalar(c, "NGPX", ngpx), *pgy = iscalar(c, "NGPY", ngpy),
+            *pty = iscalar(c, "NTYPE", ntype);
+    float *gpos = FA(c, "GPOS", lpos), *gwei = FA(c, "GWEI", lwei);
+    rule(r, gpos, gwei, lpos, lwei);
+    int32_t* ngpt = iscalar(c, "NGPT", chance(r, 10) ? 2147483647 - irange(r, 0, 3) : irange(r, -5, 100));
+    int32_t *piel = iscalar(c, "IEL", iel), *pnn = iscalar(c, "NNODE", nnode);
+    float* xy = FA(c, "XY", 30);
+    element_xy(r, xy, nnode, ntype);
+    float* tnode = FA(c, "TNODE", (int64_t)nt * (nelem + 1) + iel + 1);
+    fill_f(r, tnode, (int64_t)nt * (nelem + 1) + iel + 1, 0.05f, 0.5f, 3);
+    int32_t* pim = iscalar(c, "IMAT", imat);
+    float* prop = FA(c, "PROP", 17 * (nmat + 1) + imat + 1);
+    for (int32_t x = 0; x < 17 * (nmat + 1) + imat + 1; ++x) prop[x] = uniform(r, -1, 1);
+    prop[imat + 1 * (nmat + 1)] = uniform(r, 1e3f, 3e5f);
+    prop[imat + 2 * (nmat + 1)] = uniform(r, 0.0f, 0.45f);
+    prop[imat + 8 * (nmat + 1)] = uniform(r, 1e3f, 3e5f);
+    prop[imat + 9 * (nmat + 1)] = uniform(r, 1e2f, 1e5f);
+    prop[imat + 17 * (nmat + 1)] = angle(r);
+    int32_t *pne = iscalar(c, "NELEM", nelem), *pnm = iscalar(c, "NMAT", nmat),
+            *pnt = iscalar(c, "NNODT", nnodt);
+    float* estif = FA(c, "ESTIF", 361);
+    fill_f(r, estif, 361, -1, 1, 2);
+    float* detj = fscalar(c, "DETJ", bits_f((uint32_t)next(r)));
+    CALL(c, STIFFP003DOTNET(pgx, pgy, pty, gpos, ngpt, piel, pnn, xy, tnode, NULL, pim, prop,
+                            gwei, NULL, pne, pnm, NULL, NULL, pnt, estif, detj));
+}
+
+/* Shared set-up of the two plate element routines. */
+typedef struct {
+    int32_t *ngpx, *ngpy, *ntype, *ngpt, *iel, *nnode, *imat, *ioff, *nelem, *nmat, *ldes,
+        *ndofn, *nnodt, *nlay;
+    float *gpos, *gwei, *xy, *tnode, *prop, *estif, *play, *zlay, *detj;
+} Plate;
+
+static void plate_setup(Rng* r, Call* c, Plate* p) {
+    int32_t ntype = element_type(r), ngpx = irange(r, 1, 3), ngpy = irange(r, 1, 3);
+    int32_t nnode = node_count(r, ntype), nnodt = chance(r, 80) ? nnode : irange(r, 1, 10);
+    int32_t nelem = irange(r, 0, 3), iel = irange(r, 0, nelem), nmat = irange(r, 0, 2),
+            imat = irange(r, 0, nmat), nlay = irange(r, 1, 5);
+    int32_t ndofn = irange(r, 3, 6), ioff = irange(r, 0, 2);
+    int32_t nn = nnode < 9 ? nnode : 9, nt = nnodt < 9 ? nnodt : 9;
+    int32_t ldes = ioff + 3 + ndofn * (nn - 1) + irange(r, 0, 3);
+    int tri = ntype == 3 || ntype == 6;
+    int32_t big = ngpx > ngpy ? ngpx : ngpy;
+    int64_t lpos = tri ? 6 * ngpy + 3 : 3 * big + 2, lwei = tri ? 3 * ngpy + 3 : 3 * big + 2;
+    int64_t lest = (int64_t)(ioff + 3 + ndofn * (nn - 1)) * (ldes + 2) + 1;
+    p->ngpx = iscalar(c, "NGPX", ngpx);
+    p->ngpy = iscalar(c, "NGPY", ngpy);
+    p->ntype = iscalar(c, "NTYPE", ntype);
+    p->gpos = FA(c, "GPOS", lpos);
+    p->gwei = FA(c, "GWEI", lwei);
+    rule(r, p->gpos, p->gwei, lpos, lwei);
+    p->ngpt = iscalar(c, "NGPT", chance(r, 10) ? 2147483647 - irange(r, 0, 3) : irange(r, -5, 100));
+    p->iel = iscalar(c, "IEL", iel);
+    p->nnode = iscalar(c, "NNODE", nnode);
+    p->xy = FA(c, "XY", 30);
+    element_xy(r, p->xy, nnode, ntype);
+    p->tnode = FA(c, "TNODE", (int64_t)nt * (nelem + 1) + iel + 1);
+    fill_f(r, p->tnode, (int64_t)nt * (nelem + 1) + iel + 1, 0.05f, 0.5f, 3);
+    p->imat = iscalar(c, "IMAT", imat);
+    p->prop = FA(c, "PROP", 3 * (nmat + 1) + imat + 1);
+    fill_f(r, p->prop, 3 * (nmat + 1) + imat + 1, -1, 1, 0);
+    p->ioff = iscalar(c, "IOFF", ioff);
+    p->estif = FA(c, "ESTIF", lest);
+    fill_f(r, p->estif, lest, -1, 1, 2);
+    p->nelem = iscalar(c, "NELEM", nelem);
+    p->nmat = iscalar(c, "NMAT", nmat);
+    p->ldes = iscalar(c, "LDES", ldes);
+    p->ndofn = iscalar(c, "NDOFN", ndofn);
+    p->nnodt = iscalar(c, "NNODT", nnodt);
+    p->play = FA(c, "PLAY", 18 * (nlay + 1));
+    p->zlay = FA(c, "ZLAY", nlay + 2);
+    layers(r, p->play, p->zlay, nlay);
+    p->nlay = iscalar(c, "NLAY", nlay);
+    p->detj = fscalar(c, "DETJ", bits_f((uint32_t)next(r)));
+}
+
+static void d_stiffp001(Rng* r, Call* c, int64_t i, int v) {
+    (void)i; (void)v;
+    Plate p;
+    plate_setup(r, c, &p);
+    int32_t* ngpt2 = iscalar(c, "NGPT2", chance(r, 10) ? 2147483647 : irange(r, -5, 100));
+    CALL(c, STIFFP001DOTNET(p.ngpx, p.ngpy, p.ntype, p.gpos, p.ngpt, p.iel, ngpt2, NULL, p.nnode,
+                            p.xy, p.tnode, NULL, p.imat, p.prop, p.ioff, p.estif, p.gwei, NULL,
+                            NULL, p.nelem, p.nmat, p.ldes, p.ndofn, p.nnodt, p.play, p.zlay,
+                            p.nlay, p.detj));
+}
+
+static void d_stiffp002(Rng* r, Call* c, int64_t i, int v) {
+    (void)i; (void)v;
+    Plate p;
+    plate_setup(r, c, &p);
+    CALL(c, STIFFP002DOTNET(p.ngpx, p.ngpy, p.ntype, p.gpos, p.ngpt, p.iel, p.nnode, p.xy,
+                            p.tnode, NULL, p.imat, p.prop, p.ioff, p.estif, p.gwei, NULL,
+                            p.nelem, p.nmat, p.ldes, p.ndofn, p.nnodt, p.play, p.zlay, p.nlay,
+                            p.detj));
+}
+
+static void d_jacob(Rng* r, Call* c, int64_t i, int v) {
+    (void)i; (void)v;
+    int32_t ntype = element_type(r);
+    int32_t nenod = irange(r, 1, 9);
+    float *cartd = FA(c, "CARTD", 30), *deriv = FA(c, "DERIV", 40);
+    float* detj = fscalar(c, "DETJ", bits_f((uint32_t)next(r)));
+    float* elcod = FA(c, "ELCOD", 30);
+    fill_f(r, deriv, 40, -2, 2, 3);
+    element_xy(r, elcod, nenod, ntype);
+    for (int x = 0; x < 30; ++x) cartd[x] = bits_f((uint32_t)next(r));
+    int32_t* pn = iscalar(c, "NENOD", nenod);
+    CALL(c, JACOB2DLLDOTNET(cartd, deriv, detj, elcod, pn));
+}
+
+static void d_stiest(Rng* r, Call* c, int64_t i, int v) {
+    (void)i; (void)v;
+    int32_t nenod = irange(r, 1, 9), ndofn = irange(r, 3, 6);
+    int32_t span = ndofn * nenod > ndofn * (nenod - 1) + 2 ? ndofn * nenod : ndofn * (nenod - 1) + 2;
+    int32_t ldes = span + irange(r, 0, 3), ldcn = nenod + irange(r, 0, 2), ielem = irange(r, 0, 3);
+    int32_t maxnode = 30;
+    float* e2 = FA(c, "ESTIF2", 40 * 9 + 1 > 361 ? 40 * 9 + 1 : 361);
+    fill_f(r, e2, 361, -1e3f, 1e3f, 3);
+    int64_t le = (int64_t)span * (ldes + 2) + 1;
+    float* es = FA(c, "ESTIF", le);
+    fill_f(r, es, le, -1e3f, 1e3f, 2);
+    /* rotational diagonals around the 0.0001 cut */
+    for (int32_t n = 0; n < nenod; ++n)
+        for (int32_t d = 1; d <= ndofn; ++d) {
+            int32_t a = ndofn * n + d;
+            if (chance(r, 40)) es[a + a * (ldes + 1)] = chance(r, 50) ? 0.0001f : uniform(r, 0, 0.001f);
+        }
+    int32_t* pne = iscalar(c, "NENOD", nenod);
+    int32_t* flags = IA(c, "NODFLG", maxnode + 1);
+    for (int32_t n = 0; n <= maxnode; ++n) flags[n] = chance(r, 80) ? 0 : irange(r, -1, 2);
+    int32_t *pnd = iscalar(c, "NDOFN", ndofn), *pld = iscalar(c, "LDES", ldes),
+            *plc = iscalar(c, "LDCN", ldcn), *pie = iscalar(c, "IELEM", ielem);
+    int32_t* ielnod = IA(c, "IELNOD", (int64_t)nenod * (ldcn + 1) + ielem + 1);
+    for (int64_t x = 0; x < (int64_t)nenod * (ldcn + 1) + ielem + 1; ++x) ielnod[x] = irange(r, -9, 9);
+    ielnod[ielem] = chance(r, 80) ? 0 : irange(r, -1, 1);
+    for (int32_t n = 1; n <= nenod; ++n) ielnod[ielem + n * (ldcn + 1)] = irange(r, -maxnode, maxnode);
+    float* ratio = fscalar(c, "RATIO", chance(r, 10) ? awkward(r, 0) : uniform(r, 0, 2e4f));
+    CALL(c, STIESTDLLDOTNET(e2, es, pne, flags, pnd, pld, NULL, plc, pie, ielnod, ratio));
+}
+
+static void d_buildestif1(Rng* r, Call* c, int64_t i, int v) {
+    (void)i; (void)v;
+    int32_t nnode = irange(r, 1, 4), nsel = irange(r, 1, 6);
+    int32_t ldk = 6 * nnode + irange(r, 0, 3);
+    int64_t ls = (int64_t)6 * nnode * (ldk + 2) + 1;
+    int32_t *pn = iscalar(c, "NNODE", nnode), *ps = iscalar(c, "NSEL", nsel),
+            *pl = iscalar(c, "LDK", ldk);
+    float* src = FA(c, "ESRC", ls);
+    fill_f(r, src, ls, -1, 1, 5);
+    int inplace = chance(r, 25);
+    float* dst = inplace ? src : FA(c, "EDST", ls);
+    if (!inplace) fill_f(r, dst, ls, -1, 1, 0);
+    int32_t* idof = IA(c, "IDOF", nsel + 1);
+    for (int32_t q = 0; q <= nsel; ++q) idof[q] = irange(r, 1, 6);
+    CALL(c, BUILDESTIF1DOTNET(pn, ps, pl, src, dst, idof));
+}
+
+/* Values around the 1.0e-10 cut of stored matrix entries. */
+static float entry(Rng* r) {
+    switch (next(r) % 8) {
+        case 0: return 1.0e-10f;
+        case 1: return -1.0e-10f;
+        case 2: return bits_f(0x2EDBE6FFu + (uint32_t)irange(r, -1, 1)); /* 1e-10 and neighbours */
+        case 3: return 0.0f;
+        case 4: return awkward(r, 0);
+        default: return uniform(r, -10, 10);
+    }
+}
+
+static void drive_crs(Rng* r, Call* c, int mass) {
+    int32_t ndofn = irange(r, 1, 6), ndofs = irange(r, 1, ndofn);
+    int32_t count = irange(r, 0, 8), maxnode = 20;
+    int32_t irown = irange(r, 0, ndofs);
+    int32_t ldnm = (count > 0 ? (count - 1) * ndofn + ndofs : ndofs) + irange(r, 0, 3);
+    int32_t nnz0 = irange(r, 0, 10), nrows0 = irange(r, 0, 5);
+    int32_t *pds = iscalar(c, "NDOFS", ndofs), *pld = iscalar(c, "LDNM", ldnm);
+    int32_t* nnz = iscalar(c, "NNZ", nnz0);
+    int32_t* rowptr = IA(c, "IROWPTR", nrows0 + 1);
+    int32_t* icol = IA(c, "ICOL", nnz0 + count * ndofs);
+    int32_t* nrows = iscalar(c, "NROWS", nrows0);
+    int32_t* ifix = IA(c, "IFIX", (maxnode - 1) * ndofn + ndofs + 1);
+    for (int32_t e = 0; e < (maxnode - 1) * ndofn + ndofs + 1; ++e) ifix[e] = chance(r, 20) ? 1 : irange(r, -1, 2) * chance(r, 20);
+    int64_t ls = (int64_t)irown * (ldnm + 1) + (count > 0 ? (count - 1) * ndofn : 0) + ndofs + 1;
+    float* snode = NULL;
+    double* dnode = NULL;
+    if (mass) {
+        dnode = DA(c, "DNODE", ls);
+        for (int64_t x = 0; x < ls; ++x) dnode[x] = chance(r, 20) ? 1.000000013351432e-10 * (double)irange(r, -1, 1) : (double)entry(r) * uniform_d(r, 0.9, 1.1);
+    } else {
+        snode = FA(c, "SNODE", ls);
+        for (int64_t x = 0; x < ls; ++x) snode[x] = entry(r);
+    }
+    double* val = DA(c, "VAL", nnz0 + count * ndofs);
+    int32_t* pir = iscalar(c, "IROWN", irown);
+    int32_t* nodlst = IA(c, "NODLST", count + 1);
+    nodlst[0] = count;
+    for (int32_t j = 1; j <= count; ++j) nodlst[j] = irange(r, 1, maxnode);
+    int32_t* pdn = iscalar(c, "NDOFN", ndofn);
+    if (mass)
+        CALL(c, ADDTOCRSMASSDLLDLL(pds, pld, nnz, rowptr, icol, NULL, nrows, ifix, dnode, val, NULL, pir, nodlst, NULL, pdn));
+    else
+        CALL(c, ADDTOCRSSTIFFDLLDOTNET(pds, pld, nnz, rowptr, icol, NULL, nrows, ifix, snode, val, NULL, pir, nodlst, NULL, pdn));
+}
+static void d_crs_stiff(Rng* r, Call* c, int64_t i, int v) { (void)i; (void)v; drive_crs(r, c, 0); }
+static void d_crs_mass(Rng* r, Call* c, int64_t i, int v) { (void)i; (void)v; drive_crs(r, c, 1); }
+
+/* One element's connectivity around node INODE, for the node-matrix
+ * gatherers: IELNOD stored row after row (slot e at e*(LDCN+1) + IELEM). */
+typedef struct {
+    int32_t inode, nenod, ielem, ldcn, ndofe, ndofn, ldes, ldnm, maxnode, maxloc;
+    int32_t *ielnod, *locnod;
+} Gather;
+
+static void gather_setup(Rng* r, Gather* g) {
+    g->maxnode = 16;
+    g->inode = irange(r, 1, g->maxnode);
+    g->nenod = irange(r, 1, 8);
+    g->ielem = irange(r, 0, 3);
+    g->ldcn = g->ielem + irange(r, 0, 2);
+    g->ndofn = irange(r, 1, 6);
+    g->ndofe = irange(r, 1, g->ndofn);
+    g->ldes = g->nenod * g->ndofe + irange(r, 0, 2);
+    g->maxloc = g->maxnode;
+    g->ldnm = g->maxloc * g->ndofn + irange(r, 0, 2);
+}
+
+static void gather_tables(Rng* r, Call* c, Gather* g) {
+    int64_t li = (int64_t)g->nenod * (g->ldcn + 1) + g->ielem + 1;
+    g->ielnod = IA(c, "IELNOD", li);
+    for (int64_t x = 0; x < li; ++x) g->ielnod[x] = irange(r, 1, g->maxnode);
+    int32_t hits = 0;
+    for (int32_t e = 1; e <= g->nenod; ++e) {
+        int32_t n = chance(r, 30) ? g->inode : irange(r, 1, g->maxnode);
+        g->ielnod[e * (g->ldcn + 1) + g->ielem] = n;
+        hits += n == g->inode;
+    }
+    if (!hits) g->ielnod[irange(r, 1, g->nenod) * (g->ldcn + 1) + g->ielem] = g->inode;
+    g->locnod = IA(c, "LOCNOD", g->maxnode + 1);
+    for (int32_t n = 0; n <= g->maxnode; ++n) g->locnod[n] = irange(r, 1, g->maxloc);
+}
+
+static void drive_node_stiff(Rng* r, Call* c, int dbl) {
+    Gather g;
+    gather_setup(r, &g);
+    int64_t le = (int64_t)g.nenod * g.ndofe * (g.ldes + 2) + 1;
+    float* estif = FA(c, "ESTIF", le);
+    for (int64_t x = 0; x < le; ++x) estif[x] = entry(r);
+    int32_t* pin = iscalar(c, "INODE", g.inode);
+    int32_t* pne = iscalar(c, "NENOD", g.nenod);
+    int64_t ls = (int64_t)(g.ndofe + 1) * (g.ldnm + 1);
+    float* snode = FA(c, "SNODE", ls);
+    fill_f(r, snode, ls, -1, 1, 2);
+    int32_t* pie = iscalar(c, "IELEM", g.ielem);
+    int64_t lsp = (int64_t)(g.inode - 1) * g.ndofe + g.ndofe + 1;
+    float* spring = FA(c, "SPRING", lsp);
+    fill_f(r, spring, lsp, 0, 1e4f, 3);
+    int32_t* ivisit = IA(c, "IVISIT", g.inode + 1);
+    for (int32_t n = 0; n <= g.inode; ++n) ivisit[n] = chance(r, 60) ? 0 : -1;
+    gather_tables(r, c, &g);
+    int32_t ldsf = g.inode + irange(r, 0, 2);
+    int64_t lf = (int64_t)(g.ndofe - 1) * (ldsf + 1) + g.inode + 1;
+    int32_t* isprf = IA(c, "ISPRF", lf);
+    for (int64_t x = 0; x < lf; ++x) isprf[x] = chance(r, 50) ? 1 : irange(r, -1, 2);
+    int32_t *pde = iscalar(c, "NDOFE", g.ndofe), *pdn = iscalar(c, "NDOFN", g.ndofn),
+            *pld = iscalar(c, "LDES", g.ldes), *plf = iscalar(c, "LDSF", ldsf),
+            *plm = iscalar(c, "LDNM", g.ldnm), *plc = iscalar(c, "LDCN", g.ldcn);
+    int64_t lu = (int64_t)(g.maxnode - 1) * g.ndofn + g.ndofe + 1;
+    float* upres = FA(c, "UPRES", lu);
+    for (int64_t x = 0; x < lu; ++x) upres[x] = chance(r, 50) ? 0.0f : entry(r);
+    int64_t lfl = (int64_t)(g.inode - 1) * g.ndofn + g.ndofe + 1;
+    int32_t* nnz = iscalar(c, "NNZCNT", irange(r, 0, 100));
+    int32_t* map = IA(c, "IDOFMAP", g.ndofe + 1);
+    for (int32_t d = 0; d <= g.ndofe; ++d) map[d] = irange(r, 1, g.ndofe);
+    if (dbl) {
+        double* fload = DA(c, "FLOAD", lfl);
+        fill_d(r, fload, lfl, -1, 1, 2);
+        CALL(c, BUILDALLNODESTIFFDLLDOTNET01(estif, pin, pne, snode, pie, spring, ivisit, NULL, g.ielnod, isprf, pde, pdn, pld, plf, plm, NULL, plc, NULL, upres, fload, g.locnod, nnz, map));
+    } else {
+        float* fload = FA(c, "FLOAD", lfl);
+        fill_f(r, fload, lfl, -1, 1, 2);
+        CALL(c, BUILDALLNODESTIFFDLLDOTNET(estif, pin, pne, snode, pie, spring, ivisit, NULL, g.ielnod, isprf, pde, pdn, pld, plf, plm, NULL, plc, NULL, upres, fload, g.locnod, nnz, map));
+    }
+}
+static void d_node_stiff(Rng* r, Call* c, int64_t i, int v) { (void)i; (void)v; drive_node_stiff(r, c, 0); }
+static void d_node_stiff01(Rng* r, Call* c, int64_t i, int v) { (void)i; (void)v; drive_node_stiff(r, c, 1); }
+
+static void d_node_mass(Rng* r, Call* c, int64_t i, int v) {
+    (void)i; (void)v;
+    Gather g;
+    gather_setup(r, &g);
+    int64_t le = (int64_t)g.nenod * g.ndofe * (g.ldes + 2) + 1;
+    double* emass = DA(c, "EMASS", le);
+    for (int64_t x = 0; x < le; ++x) emass[x] = chance(r, 15) ? 1.000000013351432e-10 * (double)irange(r, -1, 1) : (double)entry(r) * uniform_d(r, 0.9, 1.1);
+    int32_t* pin = iscalar(c, "INODE", g.inode);
+    int32_t* pne = iscalar(c, "NENOD", g.nenod);
+    int64_t ls = (int64_t)(g.ndofe + 1) * (g.ldnm + 1);
+    double* dnode = DA(c, "DNODE", ls);
+    fill_d(r, dnode, ls, -1, 1, 2);
+    int32_t* pie = iscalar(c, "IELEM", g.ielem);
+    gather_tables(r, c, &g);
+    int32_t *pde = iscalar(c, "NDOFE", g.ndofe), *pdn = iscalar(c, "NDOFN", g.ndofn),
+            *pld = iscalar(c, "LDES", g.ldes), *plm = iscalar(c, "LDNM", g.ldnm),
+            *plc = iscalar(c, "LDCN", g.ldcn);
+    int32_t* nnz = iscalar(c, "NNZCNT", irange(r, 0, 100));
+    CALL(c, BUILDALLNODEMASSDLL(emass, pin, pne, dnode, pie, NULL, g.ielnod, pde, pdn, pld, NULL, plm, NULL, plc, g.locnod, nnz));
+}
+
+/* Skyline assembly: a uniform band, IDIAG(I+1) = I*NBAND + 1, so every
+ * stored coupling has its own place. */
+static void drive_skyline(Rng* r, Call* c, int mapped) {
+    int32_t ndof = irange(r, 1, 6), nslot = mapped ? 8 : irange(r, 1, 9);
+    int32_t ielem = irange(r, 0, 3), ldcn = ielem + irange(r, 0, 2);
+    int32_t maxnode = 12;
+    int32_t neq = maxnode * ndof;
+    int32_t nband = chance(r, 30) ? neq : irange(r, 1, 2 * ndof + 2);
+    int32_t ldes = nslot * ndof + irange(r, 0, 2);
+    int64_t le = (int64_t)nslot * ndof * (ldes + 2) + 1;
+    float* estif = FA(c, "ESTIF", le);
+    fill_f(r, estif, le, -1e3f, 1e3f, 3);
+    int64_t li = (int64_t)nslot * (ldcn + 1) + ielem + 1;
+    int32_t* ielnod = IA(c, "IELNOD", li);
+    for (int64_t x = 0; x < li; ++x) ielnod[x] = irange(r, 1, maxnode);
+    for (int32_t a = 1; a <= nslot; ++a)
+        ielnod[a * (ldcn + 1) + ielem] = chance(r, 15) ? 0 : irange(r, 1, maxnode); /* 0: empty */
+    int32_t* idiag = IA(c, "IDIAG", neq + 2);
+    for (int32_t e = 0; e <= neq + 1; ++e) idiag[e] = (e > 0 ? e - 1 : 0) * nband + 1;
+    int32_t *pnb = iscalar(c, "NBAND", nband), *pnd = iscalar(c, "NDOF", ndof);
+    double* sky = DA(c, "SKY", (int64_t)(neq + 1) * nband + 2);
+    fill_d(r, sky, (int64_t)(neq + 1) * nband + 2, -1, 1, 0);
+    int32_t* numnod = IA(c, "NUMNOD", maxnode + 1);
+    for (int32_t n = 0; n <= maxnode; ++n) numnod[n] = irange(r, 1, maxnode);
+    int32_t *pie = iscalar(c, "IELEM", ielem), *plc = iscalar(c, "LDCN", ldcn),
+            *pld = iscalar(c, "LDES", ldes);
+    if (mapped) {
+        int32_t* map = IA(c, "IDOFMAP", ndof + 1);
+        for (int32_t d = 0; d <= ndof; ++d) map[d] = irange(r, 1, ndof);
+        CALL(c, ADDSHELLTOSDLLDOTNET(estif, ielnod, NULL, idiag, pnb, pnd, sky, numnod, map, pie, plc, NULL, NULL, pld));
+    } else {
+        int32_t* pns = iscalar(c, "NSLOT", nslot);
+        CALL(c, ADDSHELLTOSDOTNET(estif, ielnod, NULL, idiag, pnb, pnd, sky, numnod, pie, plc, NULL, NULL, pld, pns));
+    }
+}
+static void d_sky_map(Rng* r, Call* c, int64_t i, int v) { (void)i; (void)v; drive_skyline(r, c, 1); }
+static void d_sky(Rng* r, Call* c, int64_t i, int v) { (void)i; (void)v; drive_skyline(r, c, 0); }
+
+static void drive_loads(Rng* r, Call* c, int dbl) {
+    int32_t nenod = irange(r, 1, 9), ndof = irange(r, 1, 8), ielem = irange(r, 0, 3);
+    int32_t ldcn = ielem + irange(r, 0, 2), maxnode = 12, ldnf = maxnode + irange(r, 0, 2);
+    int32_t* pne = iscalar(c, "NENOD", nenod);
+    int64_t li = (int64_t)nenod * (ldcn + 1) + ielem + 1;
+    int32_t* ielnod = IA(c, "IELNOD", li);
+    for (int64_t x = 0; x < li; ++x) ielnod[x] = irange(r, 1, maxnode);
+    for (int32_t a = 1; a <= nenod; ++a)
+        ielnod[a * (ldcn + 1) + ielem] = irange(r, 1, maxnode) * (chance(r, 20) ? -1 : 1);
+    int32_t* plc = iscalar(c, "LDCN", ldcn);
+    int32_t* numnod = IA(c, "NUMNOD", maxnode + 1);
+    for (int32_t n = 0; n <= maxnode; ++n) numnod[n] = irange(r, 1, maxnode);
+    int32_t *pnf = iscalar(c, "LDNF", ldnf), *pnd = iscalar(c, "NDOF", ndof);
+    int64_t lg = (int64_t)(maxnode - 1) * ndof + 7 + ndof;
+    int64_t le = (int64_t)nenod * ndof + 1, ln = (int64_t)ndof * (ldnf + 1) + maxnode + 1;
+    void* gload = dbl ? (void*)DA(c, "GLOAD", lg) : (void*)FA(c, "GLOAD", lg);
+    if (dbl) fill_d(r, (double*)gload, lg, -1, 1, 2); else fill_f(r, (float*)gload, lg, -1, 1, 2);
+    float* eload = FA(c, "ELOAD", le);
+    fill_f(r, eload, le, -100, 100, 5);
+    float* nodfrc = FA(c, "NODFRC", ln);
+    fill_f(r, nodfrc, ln, -1, 1, 2);
+    int32_t* pie = iscalar(c, "IELEM", ielem);
+    if (dbl)
+        CALL(c, FELOADTOGLOADDOTNET01(pne, ielnod, plc, numnod, pnf, pnd, (double*)gload, eload, nodfrc, NULL, pie));
+    else
+        CALL(c, FELOADTOGLOADDOTNET(pne, ielnod, plc, numnod, pnf, pnd, (float*)gload, eload, nodfrc, NULL, pie));
+}
+static void d_loads(Rng* r, Call* c, int64_t i, int v) { (void)i; (void)v; drive_loads(r, c, 0); }
+static void d_loads01(Rng* r, Call* c, int64_t i, int v) { (void)i; (void)v; drive_loads(r, c, 1); }
+
+static void d_findload(Rng* r, Call* c, int64_t i, int v) {
+    (void)i; (void)v;
+    int32_t npt = irange(r, -1, 40);
+    int32_t* pn = iscalar(c, "NPT", npt);
+    int32_t* ipt = iscalar(c, "IPT", irange(r, -5, 5));
+    float scale = chance(r, 10) ? 1e4f : 10.0f;
+    float *xp = fscalar(c, "XP", uniform(r, -scale, scale)), *yp = fscalar(c, "YP", uniform(r, -scale, scale));
+    float *xpt = FA(c, "XPT", npt + 1), *ypt = FA(c, "YPT", npt + 1);
+    for (int32_t k = 0; k <= npt; ++k) {
+        /* a grid, so that equal distances occur */
+        xpt[k] = chance(r, 5) ? awkward(r, 1) : (float)irange(r, -10, 10) * scale / 10.0f;
+        ypt[k] = chance(r, 5) ? awkward(r, 1) : (float)irange(r, -10, 10) * scale / 10.0f;
+    }
+    if (chance(r, 20)) *xp = (float)irange(r, -10, 10) * scale / 10.0f;
+    if (chance(r, 5)) *yp = awkward(r, 1);
+    CALL(c, FINDLOADPOINT(pn, ipt, xp, yp, xpt, ypt));
+}
+
+static void d_incidence(Rng* r, Call* c, int64_t i, int v) {
+    (void)i; (void)v;
+    int32_t nmem = irange(r, 0, 5), maxnode = 15;
+    int32_t* pn = iscalar(c, "NMEM", nmem);
+    int32_t* maxmem = iscalar(c, "MAXMEM", irange(r, -3, 3));
+    int32_t* nodmem = IA(c, "NODMEM", 51 * (maxnode + 1));
+    for (int32_t n = 0; n <= maxnode; ++n) {
+        nodmem[51 * n] = irange(r, 0, 5);
+        for (int k = 1; k <= 50; ++k) nodmem[51 * n + k] = irange(r, -1, 99);
+    }
+    int32_t* memslt = IA(c, "MEMSLT", 9 * (nmem + 1));
+    for (int32_t x = 0; x < 9 * (nmem + 1); ++x) memslt[x] = chance(r, 20) ? irange(r, -2, 0) : irange(r, 1, maxnode);
+    CALL(c, FEMEMBERSTONODES1DOTNET(NULL, pn, maxmem, nodmem, memslt));
+}
+
+static void d_packnod(Rng* r, Call* c, int64_t i, int v) {
+    (void)i; (void)v;
+    int32_t nnode = irange(r, 0, 40), nmem = irange(r, 1, 10), ldnmem = irange(r, 1, 5);
+    int32_t* idel = IA(c, "IDEL", nnode + 1);
+    for (int32_t n = 0; n <= nnode; ++n) idel[n] = chance(r, 85) ? 0 : -1;
+    int32_t* nodmem = IA(c, "NODMEM", (int64_t)(nnode + 1) * (ldnmem + 1));
+    for (int32_t n = 0; n <= nnode; ++n) {
+        int32_t cnt = irange(r, 0, ldnmem);
+        nodmem[n * (ldnmem + 1)] = chance(r, 10) ? irange(r, -1, 0) : cnt;
+        for (int32_t k = 1; k <= ldnmem; ++k) nodmem[n * (ldnmem + 1) + k] = irange(r, 1, nmem);
+    }
+    int32_t* pn = iscalar(c, "NNODE", nnode);
+    int32_t* memslt = IA(c, "MEMSLT", 9 * (nmem + 1));
+    for (int32_t x = 0; x < 9 * (nmem + 1); ++x) memslt[x] = irange(r, 0, nnode > 0 ? nnode : 1);
+    int32_t *pm = iscalar(c, "NMEM", nmem), *pl = iscalar(c, "LDNMEM", ldnmem);
+    float* xyz = FA(c, "XYZN", 3 * (nnode + 1));
+    float grid = chance(r, 50) ? 0.001f : 0.0005f;
+    for (int32_t x = 0; x < 3 * (nnode + 1); ++x)
+        xyz[x] = chance(r, 5) ? awkward(r, 1) : (float)irange(r, 0, 4) * grid + (chance(r, 20) ? uniform(r, -1e-4f, 1e-4f) : 0.0f);
+    CALL(c, PACKNODFE1DOTNET(idel, nodmem, pn, memslt, pm, pl, xyz));
+}
+
+static void d_beams(Rng* r, Call* c, int64_t i, int v) {
+    (void)i; (void)v;
+    int32_t nbeam = irange(r, 0, 8), nel = irange(r, 0, 8), maxnode = 20;
+    int32_t *pb = iscalar(c, "NBEAM", nbeam), *pe = iscalar(c, "NEL", nel);
+    int32_t* eltab = IA(c, "ELTAB", 10 * (nel + 1));
+    for (int32_t e = 0; e <= nel; ++e) {
+        eltab[10 * e] = chance(r, 80) ? 0 : irange(r, -1, 1);
+        for (int s = 1; s <= 8; ++s) eltab[10 * e + s] = irange(r, 1, maxnode);
+        eltab[10 * e + 9] = chance(r, 20) ? 0 : irange(r, -5, 50);
+    }
+    int32_t *ib1 = IA(c, "IBN1", nbeam + 1), *ib2 = IA(c, "IBN2", nbeam + 1);
+    int32_t* info = IA(c, "IBINFO", nbeam + 1);
+    for (int32_t b = 0; b <= nbeam; ++b) {
+        ib1[b] = irange(r, 1, maxnode);
+        ib2[b] = irange(r, 1, maxnode);
+        if (nel > 0 && chance(r, 60)) { /* on an element edge */
+            int32_t e = irange(r, 1, nel), s = irange(r, 1, 8);
+            ib1[b] = eltab[10 * e + s];
+            ib2[b] = eltab[10 * e + (s % 8) + 1];
+            if (chance(r, 50)) { int32_t t = ib1[b]; ib1[b] = ib2[b]; ib2[b] = t; }
+        }
+        info[b] = chance(r, 80) ? 0 : irange(r, -3, 3);
+    }
+    int32_t* flg = IA(c, "IBMFLG", maxnode + 1);
+    for (int32_t n = 0; n <= maxnode; ++n) flg[n] = irange(r, 0, 2);
+    CALL(c, SETBEAMINFODLLDOTNET(pb, pe, eltab, ib1, ib2, info, flg));
+}
+
+static void d_compare(Rng* r, Call* c, int64_t i, int v) {
+    (void)i; (void)v;
+    int32_t mcol = irange(r, -1, 6), nrowt = irange(r, -1, 6);
+    int64_t l = (mcol < 1 || nrowt < 1) ? 1 : (int64_t)(nrowt + 1) * (mcol + 1);
+    float *a = FA(c, "ARRA", l), *b = FA(c, "ARRB", l);
+    float mag = chance(r, 30) ? 1e-8f : (chance(r, 30) ? 1e-4f : 1.0f);
+    for (int64_t x = 0; x < l; ++x) {
+        a[x] = chance(r, 5) ? awkward(r, 1) : uniform(r, -mag, mag);
+        b[x] = chance(r, 50) ? a[x] : a[x] * (1.0f + uniform(r, -1e-7f, 1e-7f));
+    }
+    int32_t *pm = iscalar(c, "MCOL", mcol), *pn = iscalar(c, "NROWT", nrowt);
+    int32_t* same = iscalar(c, "ISAME", irange(r, -2, 2));
+    CALL(c, COMPAREARRAY(a, b, pm, pn, same));
+}
+
+static void d_packmesh(Rng* r, Call* c, int64_t i, int v) {
+    (void)i; (void)v;
+    int32_t nbase = irange(r, 0, 10), nmid = 4 * irange(r, 0, 8) - (int32_t)irange(r, 0, 1);
+    int32_t ntot = nbase + (nmid > 0 ? nmid : 0);
+    int32_t nel = (ntot - nbase + 3) / 4, ldel = nel + irange(r, 0, 2);
+    int32_t* idel = IA(c, "IDEL", ntot + 1);
+    for (int32_t n = 0; n <= ntot; ++n) idel[n] = chance(r, 90) ? 0 : -1;
+    int32_t *pb = iscalar(c, "NBASE", nbase), *pt = iscalar(c, "NTOT", ntot);
+    float* xyp = FA(c, "XYP", 3 * (ntot + 1));
+    float tol = chance(r, 50) ? 0.01f : 0.001f;
+    for (int32_t x = 0; x < 3 * (ntot + 1); ++x)
+        xyp[x] = chance(r, 3) ? awkward(r, 1) : (float)irange(r, 0, 3) * tol + (chance(r, 30) ? uniform(r, -tol, tol) : 0.0f);
+    int64_t le = (ntot - 1 <= nbase) ? 1 : (int64_t)8 * (ldel + 1) + nel + 1;
+    int32_t* elslot = IA(c, "ELSLOT", le);
+    for (int64_t x = 0; x < le; ++x) elslot[x] = irange(r, 0, ntot);
+    int32_t* pl = iscalar(c, "LDEL", ldel);
+    float* ptol = fscalar(c, "TOLM", tol);
+    CALL(c, PACKMESHNODESDOTNET(idel, pb, pt, xyp, elslot, pl, ptol));
+}
+
+static void d_natural(Rng* r, Call* c, int64_t i, int v) {
+    (void)i; (void)v;
+    int32_t iel = irange(r, 0, 3), ldcn = iel + irange(r, 0, 2), nnode = irange(r, 4, 10);
+    int32_t* piel = iscalar(c, "IEL", iel);
+    float* xi = fscalar(c, "XI", uniform(r, -1, 1));
+    float* eta = fscalar(c, "ETA", bits_f((uint32_t)next(r)));
+    int64_t li = (int64_t)7 * (ldcn + 1) + iel + 1;
+    int32_t* ielnod = IA(c, "IELNOD", li);
+    for (int64_t x = 0; x < li; ++x) ielnod[x] = irange(r, 1, nnode);
+    float* xyz = FA(c, "XYZN", 3 * (nnode + 1));
+    /* a plane quadrilateral, turned; sometimes collapsed */
+    static const float corner[4][2] = {{0, 0}, {1, 0}, {1, 1}, {0, 1}};
+    for (int32_t x = 0; x < 3 * (nnode + 1); ++x) xyz[x] = uniform(r, -1, 1);
+    int collapse = chance(r, 10);
+    for (int s = 0; s < 4; ++s) {
+        int32_t n = 1 + s; /* corners are nodes 1..4, in slots 1, 3, 5, 7 */
+        ielnod[iel + (2 * s + 1) * (ldcn + 1)] = n;
+        float u = corner[s][0] + uniform(r, -0.2f, 0.2f), w = corner[s][1] + uniform(r, -0.2f, 0.2f);
+        if (collapse) w = 0.0f;
+        xyz[n] = u * 3.0f;
+        xyz[n + (nnode + 1)] = w * 3.0f;
+        xyz[n + 2 * (nnode + 1)] = uniform(r, -0.01f, 0.01f);
+    }
+    float *px = fscalar(c, "XP", uniform(r, -1, 4)), *py = fscalar(c, "YP", uniform(r, -1, 4)),
+          *pz = fscalar(c, "ZP", uniform(r, -1, 1));
+    int32_t* pl = iscalar(c, "LDCN", ldcn);
+    /* direction cosines of the plane: the z-up plane or a turned one */
+    float c1 = 0.0f, c2 = 1.0f, c3 = 1.0f, c4 = 1.0f;
+    if (chance(r, 50)) {
+        c1 = uniform(r, -1, 1);
+        c2 = uniform(r, -1, 1);
+        c3 = uniform(r, -1, 1);
+        c4 = uniform(r, -1, 1);
+    }
+    float *d1 = fscalar(c, "DC1", c1), *d2 = fscalar(c, "DC2", c2), *d3 = fscalar(c, "DC3", c3),
+          *d4 = fscalar(c, "DC4", c4);
+    int32_t* pn = iscalar(c, "NNODE", nnode);
+    CALL(c, NORMALISEDCORDDOTNET(piel, xi, eta, px, py, pz, ielnod, xyz, pl, NULL, d1, d2, d3, d4, pn));
+}
+
+/* ---- the routines and their drivers ----------------------------------------- */
+
+typedef struct {
+    const char* name;
+    Driver drive;
+    int64_t calls;
+    int forced_kind; /* dense products: the kind for the forced kernels, else -1 */
+    /* NaN results whose sign and payload are not promised alike: those of
+     * the element routines' single-precision arithmetic, where the compilers
+     * for the two platforms may order the operands of a sum or product of two
+     * NaNs differently. Their NaNs are hashed as one value. */
+    int any_nan;
+} Routine;
+
+static const Routine routines[] = {
+    {"MATMULDLLDOTNET", d_matmul, 600, 0, 0},
+    {"MATMULBTDLLDOTNET", d_matmulbt, 600, 1, 0},
+    {"MATMULATDLLDOTNET", d_matmulat, 600, 2, 0},
+    {"MATMULDOUBLEDLLDOTNET", d_matmuld, 600, 3, 0},
+    {"MATMULBTDOUBLEDLLDOTNET", d_matmulbtd, 600, 4, 0},
+    {"STIESTDLLDOTNET", d_stiest, 20000, -1, 0},
+    {"MODPBDLLDOTNET", d_modpb, 100000, -1, 1},
+    {"JACOB2DLLDOTNET", d_jacob, 100000, -1, 1},
+    {"MODIPDLLDOTNET", d_modip, 200000, -1, 1},
+    {"STIFFP003DOTNET", d_stiffp003, 30000, -1, 1},
+    {"STIFFP001DOTNET", d_stiffp001, 20000, -1, 1},
+    {"STIFFP002DOTNET", d_stiffp002, 20000, -1, 1},
+    {"BUILDESTIF1DOTNET", d_buildestif1, 20000, -1, 0},
+    {"ADDTOCRSSTIFFDLLDOTNET", d_crs_stiff, 50000, -1, 0},
+    {"ADDTOCRSMASSDLLDLL", d_crs_mass, 50000, -1, 0},
+    {"BUILDALLNODESTIFFDLLDOTNET", d_node_stiff, 30000, -1, 0},
+    {"BUILDALLNODESTIFFDLLDOTNET01", d_node_stiff01, 30000, -1, 0},
+    {"BUILDALLNODEMASSDLL", d_node_mass, 30000, -1, 0},
+    {"ADDSHELLTOSDLLDOTNET", d_sky_map, 20000, -1, 0},
+    {"ADDSHELLTOSDOTNET", d_sky, 20000, -1, 0},
+    {"FELOADTOGLOADDOTNET", d_loads, 50000, -1, 0},
+    {"FELOADTOGLOADDOTNET01", d_loads01, 50000, -1, 0},
+    {"FINDLOADPOINT", d_findload, 50000, -1, 0},
+    {"FEMEMBERSTONODES1DOTNET", d_incidence, 30000, -1, 0},
+    {"PACKNODFE1DOTNET", d_packnod, 30000, -1, 0},
+    {"SETBEAMINFODLLDOTNET", d_beams, 50000, -1, 0},
+    {"COMPAREARRAY", d_compare, 50000, -1, 0},
+    {"PACKMESHNODESDOTNET", d_packmesh, 30000, -1, 0},
+    {"NORMALISEDCORDDOTNET", d_natural, 100000, -1, 0},
+};
+#define NROUTINES ((int)(sizeof routines / sizeof routines[0]))
+
+static uint64_t seed_of(const char* name, int64_t index) {
+    uint64_t h = fnv(0xCBF29CE484222325u, name, strlen(name));
+    return h ^ ((uint64_t)index * 0xD1B54A32D192ED03u);
+}
+
+/* Runs call `index` of routine `r` (variant: -1 exported, else an
+ * instruction set) and returns its hash. */
+static uint64_t run_call(const Routine* rt, int64_t index, int variant, int show) {
+    Rng rng = {seed_of(rt->name, index)};
+    Call c;
+    c.n = 0;
+    c.show = show;
+    c.any_nan = rt->any_nan;
+    rt->drive(&rng, &c, index, variant);
+    return finish(&c);
+}
+
+static const Routine* find(const char* name) {
+    for (int i = 0; i < NROUTINES; ++i)
+        if (strcmp(routines[i].name, name) == 0) return &routines[i];
+    return NULL;
+}
+
+/* NAME or NAME/isa: the routine and the variant. */
+static const Routine* parse(const char* arg, int* variant) {
+    char name[128];
+    const char* slash = strchr(arg, '/');
+    size_t len = slash ? (size_t)(slash - arg) : strlen(arg);
+    if (len >= sizeof name) return NULL;
+    memcpy(name, arg, len);
+    name[len] = 0;
+    *variant = -1;
+    if (slash) {
+        for (int isa = 0; isa < agreement_isa_count(); ++isa)
+            if (strcmp(agreement_isa_name(isa), slash + 1) == 0) *variant = isa;
+        if (*variant < 0) return NULL;
+    }
+    return find(name);
+}
+
+int main(int argc, char** argv) {
+    static const char* const described[] = {SHELLFE_DESCRIBED_ROUTINES};
+    const int ndescribed = (int)(sizeof described / sizeof described[0]);
+    int failed = 0;
+    for (int d = 0; d < ndescribed; ++d)
+        if (!find(described[d])) {
+            fprintf(stderr, "no driver for %s, a routine of the interface description\n", described[d]);
+            failed = 1;
+        }
+    if (failed) return 1;
+
+    if (argc == 3 && strcmp(argv[1], "--trace") == 0) {
+        int variant;
+        const Routine* rt = parse(argv[2], &variant);
+        if (!rt) return 2;
+        for (int64_t i = 0; i < rt->calls; ++i)
+            printf("%" PRId64 " %016" PRIx64 "\n", i, run_call(rt, i, variant, 0));
+        return 0;
+    }
+    if (argc == 4 && strcmp(argv[1], "--show") == 0) {
+        int variant;
+        const Routine* rt = parse(argv[2], &variant);
+        if (!rt) return 2;
+        run_call(rt, strtoll(argv[3], NULL, 10), variant, 1);
+        return 0;
+    }
+    if (argc != 1) {
+        fprintf(stderr, "usage: %s [--trace NAME[/isa] | --show NAME[/isa] INDEX]\n", argv[0]);
+        return 2;
+    }
+
+    for (int i = 0; i < NROUTINES; ++i) {
+        const Routine* rt = &routines[i];
+        uint64_t h = 0xCBF29CE484222325u;
+        for (int64_t k = 0; k < rt->calls; ++k) {
+            uint64_t ch = run_call(rt, k, -1, 0);
+            h = fnv(h, &ch, sizeof ch);
+        }
+        printf("%s %" PRId64 " %016" PRIx64 "\n", rt->name, rt->calls, h);
+        if (rt->forced_kind < 0) continue;
+        /* Every kernel the CPU runs must give the exported routine's bits. */
+        for (int isa = 0; isa < agreement_isa_count(); ++isa) {
+            if (!agreement_isa_supported(isa)) continue;
+            uint64_t hi = 0xCBF29CE484222325u;
+            for (int64_t k = 0; k < rt->calls; ++k) {
+                uint64_t ch = run_call(rt, k, isa, 0);
+                hi = fnv(hi, &ch, sizeof ch);
+            }
+            printf("%s/%s %" PRId64 " %016" PRIx64 "\n", rt->name, agreement_isa_name(isa), rt->calls, hi);
+            if (hi != h) {
+                fprintf(stderr, "%s: the %s kernel differs from the exported routine\n", rt->name,
+                        agreement_isa_name(isa));
+                failed = 1;
+            }
+        }
+    }
+    return failed;
+}
