@@ -35,7 +35,7 @@ void midsidePairs(Ints& idel, int nb, int nt, const Floats& xy, Ints& slots, int
 
 TEST(LoadPoint, LowestIndexAmongTheNearestInSinglePrecision) {
     // {query, points..., {IPT}}: squared distance 1 + 2^-23 is float distance 1,
-    // a tie (nearer in double or by squares); 1e8, NaN, overflow never win.
+    // a tie (nearer in double or by squares); nothing at 1e8 or NaN ever wins.
     const float e = 0x1.8p-12f, far = 1e8f;
     const std::vector<Pair> cases[] = {{{.5f, -2}, {1.5f, -2 + e}, {.5f, -1}, {1}}, {{2, 7}, {0}},
         {{0, 0}, {3, 3}, {-1, 0}, {0, 1}, {1, 0}, {2}}, {{0, 0}, {kNaN, 0}, {5, 5}, {0, kNaN}, {2}},
