@@ -35,7 +35,7 @@ void midsidePairs(Ints& idel, int nb, int nt, const Floats& xy, Ints& slots, int
 
 TEST(LoadPoint, LowestIndexAmongTheNearestInSinglePrecision) {
     // {query, points..., {IPT}}: squared distance 1 + 2^-23 is float distance 1,
-    // a tie (nearer in double or by squares); 1e8, NaN, overflow never win.
+    // a tie (nearer in double or by squares); nothing at 1e8 or NaN ever wins.
     const float e = 0x1.8p-12f, far = 1e8f;
     const std::vector<Pair> cases[] = {{{.5f, -2}, {1.5f, -2 + e}, {.5f, -1}, {1}}, {{2, 7}, {0}},
         {{0, 0}, {3, 3}, {-1, 0}, {0, 1}, {1, 0}, {2}}, {{0, 0}, {kNaN, 0}, {5, 5}, {0, kNaN}, {2}},
@@ -118,7 +118,7 @@ TEST(BeamEdges, FirstNonZeroMatchWinsAndTheSearchIsADoWhile) {
 
 TEST(TableComparison, ThresholdsAreTheWidenedSingleValues) {
     // Entries (1..20, 1..3) of fa, fb, then {position, a, b}; row and column 0
-    // differ wildly. At S = 3, D = 0x1.848e4ap-23 + d is the last D that passes.
+    // differ wildly. At S = 3, D = 0x1.848e4ap-23 + d is the last D to pass.
     struct Case { float fa, fb; std::vector<std::array<float, 3>> set; int32_t want; };
     const float t8 = 1e-8f, t7 = 1e-7f, d = 0x1.ff60e6p-24f, p = 6e-8f, u8 = above(t8);
     const std::array<float, 3> three = {5, 3, 3}, da = {6, 0, 0x1.848e4ap-23f};
@@ -127,6 +127,7 @@ TEST(TableComparison, ThresholdsAreTheWidenedSingleValues) {
         {0, 0, {{83, 0, t7}}, -1}, {0, 0, {{83, 0, above(t7)}}, 0},
         {0, 0, {{9, t7, t7}, {83, 0, 5e-8f}}, -1}, {0, 0, {{9, above(t7), t7}, {83, 0, 5e-8f}}, 0},
         {0, 0, {three, da, {83, 0, d}}, -1}, {0, 0, {three, da, {83, 0, above(d)}}, 0},
+        {0, 0, {{9, 100, 100}, {83, 0, 1e-5f}}, -1},  // (D / S) * 100 is 1.0e-5f exactly
         {0, 0, {{9, p, p}, {83, 0, p}}, -1}, {0, 0, {{9, p, p}, {83, p, 0}}, 0},
         {1, 1, {{9, kNaN, 5}, {83, 1, kNaN}}, -1}, {0, 0, {{9, kNaN, 0}, {83, 0, t7}}, -1}};
     for (const Case& c : cases) {
@@ -146,10 +147,9 @@ TEST(NodeMerging, StrictBoxesChainsSlotsFromNodeNumbersAndASlab) {
     // 10, not 11 (a chain) or memberless 12. Mid-side: 4 takes 7 (q = 4: slot 8 of element 1)
     // and 8 (q = 5: slot 2 of element 2), 9 takes 10, 11, 12; base nodes take no part.
     const float t = .001f, b = std::nextafter(t, 0.f), h = t / 2;
-    const float p[12][3] = {{0, 0, 0}, {.0009f, 0, 0}, {t, 0, 0}, {b, 0, 0}, {0, 9, 0}, {0, 9, t},
-        {0, h, -h}, {0, -h, h}, {0, 20, 0}, {.0006f, 20, 0}, {.0012f, 20, 0}, {0, 20, 0}};
-    Floats xyz(12, 2);
-    for (int i = 0; i < 36; ++i) xyz(1 + i / 3, i % 3) = p[i / 3][i % 3];
+    Floats xyz(12, 2);  // rows x, y, z of nodes 0..12
+    xyz.v = {0, 0, .0009f, t, b, 0, 0, 0, 0, 0, .0006f, .0012f, 0, 0, 0, 0, 0, 0, 9, 9, h, -h, 20,
+             20, 20, 20, 0, 0, 0, 0, 0, 0, t, -h, h, 0, 0, 0, 0};
     Ints idel(13), rec(26, 1), slots = {0, 0, 0, 2, 0, 4, 0, 2, 0, -2, 0, 10, 0, 12, 0, 8, 0, 3};
     rec[2] = rec[3] = rec[24] = rec[25] = 0;  // NODMEM rows of 2; MEMSLT rows of 2 (one member)
     int32_t nn = 12, nmem = 1, ld = 1, nbase = 3, lde = 3;
