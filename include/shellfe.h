@@ -512,6 +512,112 @@ SHELLFE_API void NORMALISEDCORDDOTNET(const int32_t* IEL, float* XI, float* ETA,
                                       const float* DC1, const float* DC2, const float* DC3,
                                       const float* DC4, const int32_t* NNODE) SHELLFE_NOEXCEPT;
 
+/* ------------------------------------------------------------------------
+ * Planar geometry and triangulation
+ *
+ * Plane geometry for a triangulating mesher, all in double precision.
+ * Points are arrays of doubles from 1: x, y (and z for TRIAREA3D). The
+ * node coordinate table XY is declared (LDN+1, 3) from 1: node n's x is at
+ * flat position n-1 and its y at n-1 + (LDN+1); z is not read.
+ *
+ * ORIENT2D, CHECKNEWTRIANG and GETNEARNODES decide orientations with an
+ * adaptive-precision predicate: a plain determinant where its error bound
+ * settles the sign, exact expansion arithmetic where it does not. The host
+ * computes the five constants once, with eps = 2^-53:
+ *   CCWERRBOUNDA   = (3 + 16*eps)*eps
+ *   CCWERRBOUNDB   = (2 + 12*eps)*eps
+ *   CCWERRBOUNDC   = (9 + 64*eps)*eps*eps
+ *   RESULTERRBOUND = (3 + 8*eps)*eps
+ *   SPLITTER       = 134217729.0          (2^27 + 1)
+ * With these, the sign is exact whenever no product of coordinate
+ * differences overflows or underflows; a NaN coordinate gives NaN.
+ * ------------------------------------------------------------------------ */
+
+/* Distance of two points, sqrt((PB.x-PA.x)^2 + (PB.y-PA.y)^2), without
+ * scaling against overflow. */
+SHELLFE_API double POINTDIST2D(const double* PA, const double* PB) SHELLFE_NOEXCEPT;
+
+/* Intersection of the lines through P1-P2 and Q1-Q2. Returns 0 if the first
+ * segment is shorter than LENTOL, -1 if the second is (a segment exactly
+ * LENTOL long passes), 10 if PARTOL*PARTOL > |cross product of P2-P1 and
+ * Q2-Q1| (the raw product, so the test scales with both lengths), and
+ * otherwise 11 with S and T, the parameters of the crossing along P1->P2
+ * and Q1->Q2. S and T are written only for 11; whether the crossing lies
+ * on both segments (both in [0, 1]) is the caller's test. */
+SHELLFE_API int32_t LINEINTERSECT2D(const double* P1, const double* P2, const double* Q1,
+                                    const double* Q2, double* S, double* T,
+                                    const double* LENTOL, const double* PARTOL) SHELLFE_NOEXCEPT;
+
+/* Orientation of three points: positive if PA, PB, PC run counter-clockwise,
+ * negative if clockwise, exactly 0 if collinear; the magnitude approximates
+ * twice the signed area of the triangle. Well-separated points cost one
+ * plain determinant; nearly collinear ones are settled in up to three
+ * further stages of increasing precision. */
+SHELLFE_API double ORIENT2D(const double* PA, const double* PB, const double* PC,
+                            const double* CCWERRBOUNDA, const double* CCWERRBOUNDB,
+                            const double* CCWERRBOUNDC, const double* SPLITTER,
+                            const double* RESULTERRBOUND) SHELLFE_NOEXCEPT;
+
+/* Area of the triangle PA, PB, PC in space: half the length of
+ * (PB-PA) x (PC-PA). */
+SHELLFE_API double TRIAREA3D(const double* PA, const double* PB,
+                             const double* PC) SHELLFE_NOEXCEPT;
+
+/* May the triangle on base edge a = EDGES(IEDGE, 1), b = EDGES(IEDGE, 2)
+ * with apex P be added to the mesh? EDGES is declared (0:LDE, 1:2) and its
+ * rows 0..NEDGE-1 are in use. Every other edge c-d is checked in row order,
+ * and the first failing test rejects (returns 2):
+ *   1. the side P-a crosses c-d (skipped if c or d is a or NODEX);
+ *   2. the side P-b crosses c-d (skipped if c or d is b or NODEX);
+ *   3. node c lies in the triangle a, b, P (skipped if c is a, b or NODEX);
+ *   4. the same for node d.
+ * Sides cross when the segment intersection returns 11 with both parameters
+ * in [0, 1], ends included; short or parallel pairs never cross. A node lies
+ * in the triangle when all three orientations (a, b, node), (b, P, node),
+ * (P, a, node) are positive, or when one of them is below ONTOL in
+ * magnitude (twice the signed area, not a distance) and the other two are
+ * positive; a clockwise triangle contains no node. Returns 1 (accepted)
+ * when every edge passes, and for NEDGE < 1. Note the places of the
+ * constants: arguments 7 to 10, and RESULTERRBOUND last. */
+SHELLFE_API int32_t CHECKNEWTRIANG(const int32_t* IEDGE, const int32_t* NODEX, const double* P,
+                                   const double* XY, const int32_t* NEDGE, const int32_t* EDGES,
+                                   const double* CCWERRBOUNDA, const double* CCWERRBOUNDB,
+                                   const double* CCWERRBOUNDC, const double* SPLITTER,
+                                   const int32_t* LDE, const int32_t* LDN, const double* LENTOL,
+                                   const double* PARTOL, const double* ONTOL,
+                                   const double* RESULTERRBOUND) SHELLFE_NOEXCEPT;
+
+/* Copies the NV node numbers of each element KFIRST, KFIRST+1, ..., NLAST of
+ * ELEMNOD, declared (0:NLAST, 1:NV), into VERTS from its first entry on,
+ * element after element. NLAST is both the last element gathered and the
+ * table's row bound. Nothing is written when NLAST < KFIRST or NV < 1.
+ * Arguments 3 and 5 are not used. */
+SHELLFE_API void GETELEMENTVERTICES(int32_t* VERTS, const int32_t* ELEMNOD, const void* UNUSED3,
+                                    const int32_t* NLAST, const void* UNUSED5,
+                                    const int32_t* KFIRST, const int32_t* NV) SHELLFE_NOEXCEPT;
+
+/* Candidate apexes for a triangle on base edge NA->NB. The nodes of TABLE,
+ * declared (0:LDT, 1:NCOL), rows 0..NROW-1 scanned row after row, that lie
+ * on the left of NA->NB or on its line are collected in NEAR, each once and
+ * never NA or NB: the at most KMAX nearest to P (a full list drops a node
+ * unless it is strictly nearer than the farthest entry, and of equally far
+ * entries the first is replaced). The list is then sorted nearest first by
+ * a selection sort that moves only the displaced entry's distance, and
+ * NWITHIN counts the leading entries whose distance, as that sort leaves
+ * it, is not greater than RADIUS. Because the sort does not write the
+ * minimum's distance into its new place, NWITHIN can differ from the count
+ * of a proper sort; hosts rely on the value as it is. Pass NNEAR = 0; it
+ * receives the list length, which is also returned. Note the places of the
+ * constants: arguments 11 to 14, and RESULTERRBOUND at 17. */
+SHELLFE_API int32_t GETNEARNODES(const int32_t* NA, const int32_t* NB, const double* P,
+                                 const double* XY, const int32_t* NROW, const int32_t* TABLE,
+                                 const double* RADIUS, int32_t* NWITHIN, int32_t* NNEAR,
+                                 int32_t* NEAR, const double* CCWERRBOUNDA,
+                                 const double* CCWERRBOUNDB, const double* CCWERRBOUNDC,
+                                 const double* SPLITTER, const int32_t* LDT, const int32_t* LDN,
+                                 const double* RESULTERRBOUND, const int32_t* KMAX,
+                                 const int32_t* NCOL) SHELLFE_NOEXCEPT;
+
 #ifdef __cplusplus
 } /* extern "C" */
 #endif

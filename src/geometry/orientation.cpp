@@ -1,0 +1,56 @@
+#include "geometry/orientation.hpp"
+
+#include "frame/expansion.hpp"
+
+namespace shellfe {
+
+double refine_orientation(Point2 a, Point2 b, Point2 c, double detsum, const PredicateConstants& k,
+                          int* stage) {
+    const auto reached = [stage](int s) {
+        if (stage) *stage = s;
+    };
+    const double acx = a.x - c.x, bcx = b.x - c.x;
+    const double acy = a.y - c.y, bcy = b.y - c.y;
+
+    // Stage B: the determinant of the rounded differences, exactly.
+    reached(2);
+    double detleft, detlefttail, detright, detrighttail;
+    two_product(acx, bcy, k.splitter, detleft, detlefttail);
+    two_product(acy, bcx, k.splitter, detright, detrighttail);
+    double B[4];
+    two_two_diff(detleft, detlefttail, detright, detrighttail, B);
+    double det = estimate(4, B);
+    const double bound_b = k.ccw_bound_b * detsum;
+    if (det >= bound_b || -det >= bound_b) return det;
+
+    // Stage C: a first-order correction for the rounding of the differences.
+    reached(3);
+    const double acxtail = two_diff_tail(a.x, c.x, acx);
+    const double bcxtail = two_diff_tail(b.x, c.x, bcx);
+    const double acytail = two_diff_tail(a.y, c.y, acy);
+    const double bcytail = two_diff_tail(b.y, c.y, bcy);
+    if (acxtail == 0.0 && acytail == 0.0 && bcxtail == 0.0 && bcytail == 0.0) return det;
+    const double bound_c = k.ccw_bound_c * detsum + k.result_bound * std::fabs(det);
+    det += (acx * bcytail + bcy * acxtail) - (acy * bcxtail + bcx * acytail);
+    if (det >= bound_c || -det >= bound_c) return det;
+
+    // Stage D: the exact determinant as an expansion.
+    reached(4);
+    double u[4], C1[8], C2[12], D[16];
+    // u = p * q - r * s, exactly.
+    const auto cross = [&](double p, double q, double r, double s) {
+        double s1, s0, t1, t0;
+        two_product(p, q, k.splitter, s1, s0);
+        two_product(r, s, k.splitter, t1, t0);
+        two_two_diff(s1, s0, t1, t0, u);
+    };
+    cross(acxtail, bcy, acytail, bcx);
+    const int c1len = expansion_sum(4, B, 4, u, C1);
+    cross(acx, bcytail, acy, bcxtail);
+    const int c2len = expansion_sum(c1len, C1, 4, u, C2);
+    cross(acxtail, bcytail, acytail, bcxtail);
+    const int dlen = expansion_sum(c2len, C2, 4, u, D);
+    return D[dlen - 1];
+}
+
+}  // namespace shellfe
