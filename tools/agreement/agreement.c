@@ -15,7 +15,9 @@
  * libraries. They are valid (arrays as large as the routine's extents, indices
  * inside them) but awkward: angle sweeps, huge and non-finite angles,
  * collapsed and clockwise elements, subnormals, values on and beside the
- * thresholds, product sizes 1 to 70 and a few large ones.
+ * thresholds, product sizes 1 to 70 and a few large ones. A routine's return
+ * value is stored in a one-element RESULT array of the call and hashed with
+ * the rest.
  *
  * The dense products are also run through each instruction set the CPU
  * supports (NAME/isa lines), by the kernels linked into this program, and must
@@ -980,6 +982,394 @@ static void d_natural(Rng* r, Call* c, int64_t i, int v) {
     CALL(c, NORMALISEDCORDDOTNET(piel, xi, eta, px, py, pz, ielnod, xyz, pl, NULL, d1, d2, d3, d4, pn));
 }
 
+/* ---- planar geometry -------------------------------------------------------- */
+
+/* 2^e for a normal exponent, -1022 <= e <= 1023. */
+static double pow2(int e) { return bits_d((uint64_t)(e + 1023) << 52); }
+/* The double k representable steps away from a positive finite x. */
+static double ulps(double x, int64_t k) {
+    uint64_t b;
+    memcpy(&b, &x, 8);
+    return bits_d(b + (uint64_t)k);
+}
+/* A NaN of any payload and sign, quiet or signalling, or an infinity. */
+static double nonfinite_d(Rng* r) {
+    uint64_t b = next(r);
+    return chance(r, 70) ? bits_d(b | 0x7FF0000000000001u) : bits_d((b & 0x8000000000000000u) | 0x7FF0000000000000u);
+}
+/* One of the n values replaced by a NaN or an infinity. */
+static void spoil(Rng* r, double* p, int n) {
+    int32_t k = irange(r, 0, n - 1);
+    p[k] = nonfinite_d(r);
+}
+/* A double of any finite magnitude, sign and kind, or a NaN or infinity. */
+static double awkward_d(Rng* r) {
+    uint64_t b = next(r);
+    switch (next(r) % 8) {
+        case 0: return bits_d(b & 0x800FFFFFFFFFFFFFu);                    /* subnormal or zero */
+        case 1: return (b & 1) ? -0.0 : 0.0;
+        case 2: return (b & 2) ? -pow2(irange(r, -1074 + 52, 1023)) : pow2(irange(r, -1022, 1023));
+        case 3: return nonfinite_d(r);
+        case 4: {
+            uint64_t e = (b >> 52) & 0x7FFu;
+            if (e == 0x7FFu) e = 0x7FEu;
+            return bits_d((b & 0x800FFFFFFFFFFFFFu) | (e << 52));          /* any finite */
+        }
+        default: return uniform_d(r, -100.0, 100.0);
+    }
+}
+
+/* The five constants of the orientation predicate as a host computes them. */
+static void predicate_constants(Call* c, double** k) {
+    const double eps = 0x1p-53;
+    static const char* const names[5] = {"CCWERRBOUNDA", "CCWERRBOUNDB", "CCWERRBOUNDC", "SPLITTER",
+                                         "RESULTERRBOUND"};
+    for (int j = 0; j < 5; ++j) k[j] = DA(c, names[j], 1);
+    *k[0] = (3.0 + 16.0 * eps) * eps;
+    *k[1] = (2.0 + 12.0 * eps) * eps;
+    *k[2] = (9.0 + 64.0 * eps) * eps * eps;
+    *k[3] = 0x1p27 + 1.0;
+    *k[4] = (3.0 + 8.0 * eps) * eps;
+}
+
+/* Three plane points for the orientation test, by kind:
+ *   0, 1  random (the plain determinant settles them);
+ *   2, 3  the 256 x 256 grid of ulp steps above (0.5, 0.5) against the
+ *         line through (12, 12) and (24, 24), or another long line through
+ *         (0.5, 0.5), whose differences round: the later stages;
+ *   4     exactly collinear, on y = +-2^k x, on an axis-parallel line, or
+ *         on a line of small integers (exact differences);
+ *   5     near a random line: a point of the line a few ulps off;
+ *   6     small integers nearly collinear: exact differences, rounded
+ *         products;
+ * any of them possibly scaled by a power of two from tiny to near overflow,
+ * and a few with NaN or infinite coordinates. */
+static void orient_points(Rng* r, int64_t i, double* p) {
+    int kind = (int)(i % 7);
+    switch (kind) {
+        case 0:
+        case 1:
+            for (int k = 0; k < 6; ++k) p[k] = uniform_d(r, -1.0, 1.0) * (kind ? 1e3 : 1.0);
+            break;
+        case 2:
+        case 3: {
+            int32_t gi = irange(r, 0, 255), gj = irange(r, 0, 255);
+            p[0] = 0.5 + gi * 0x1p-53;
+            p[1] = 0.5 + gj * 0x1p-53;
+            if (kind == 2) {
+                p[2] = 12.0; p[3] = 12.0; p[4] = 24.0; p[5] = 24.0;
+            } else { /* through (0.5, 0.5) with slope 2^-1 .. 2^1, ends exact */
+                double s = pow2(irange(r, -1, 1)), t1 = uniform_d(r, 1.0, 40.0), t2 = -uniform_d(r, 1.0, 40.0);
+                p[2] = 0.5 + t1; p[3] = 0.5 + s * t1; p[4] = 0.5 + t2; p[5] = 0.5 + s * t2;
+            }
+            break;
+        }
+        case 4: {
+            int line = irange(r, 0, 3);
+            double slope = pow2(irange(r, -2, 2));
+            for (int k = 0; k < 3; ++k) {
+                double x = uniform_d(r, -50.0, 50.0);
+                int32_t t = irange(r, -20, 20);
+                if (line == 0) { p[2 * k] = x; p[2 * k + 1] = x * slope; }
+                else if (line == 1) { p[2 * k] = x; p[2 * k + 1] = -x; }
+                else if (line == 2) { p[2 * k] = x; p[2 * k + 1] = 0.75; }
+                else { p[2 * k] = 3.0 + 7.0 * t; p[2 * k + 1] = -2.0 + 5.0 * t; }
+            }
+            break;
+        }
+        case 5: {
+            double ax = uniform_d(r, -10, 10), ay = uniform_d(r, -10, 10);
+            double bx = uniform_d(r, -10, 10), by = uniform_d(r, -10, 10), t = uniform_d(r, -2, 3);
+            p[0] = ax; p[1] = ay; p[2] = bx; p[3] = by;
+            p[4] = ax + t * (bx - ax);
+            p[5] = ay + t * (by - ay);
+            int k = irange(r, 0, 5);
+            int64_t step = irange(r, -3, 3);
+            if (p[k] != 0.0) p[k] = ulps(p[k], step);
+            break;
+        }
+        default: {
+            /* (0, 0), (m, m+k), (m+1, m+k+1) with m near 2^30: the
+             * determinant is -k exactly, the differences are exact and the
+             * products round; k decides the stage */
+            double m = (double)irange(r, 1 << 30, 0x7FFFFFFF), k = (double)irange(r, -1500, 1500);
+            p[0] = 0.0; p[1] = 0.0;
+            p[2] = m; p[3] = m + k;
+            p[4] = m + 1.0; p[5] = m + k + 1.0;
+            break;
+        }
+    }
+    /* roles shuffled: the stages must agree for every order */
+    for (int k = 2; k > 0; --k) {
+        int j = irange(r, 0, k);
+        double tx = p[2 * k], ty = p[2 * k + 1];
+        p[2 * k] = p[2 * j]; p[2 * k + 1] = p[2 * j + 1];
+        p[2 * j] = tx; p[2 * j + 1] = ty;
+    }
+    if (chance(r, 15)) { /* tiny, huge, or beyond the products' range */
+        int e = chance(r, 50) ? irange(r, -500, 500)
+                              : (chance(r, 50) ? irange(r, -1020, -900) : irange(r, 480, 1010));
+        double s = pow2(e);
+        for (int k = 0; k < 6; ++k) p[k] *= s;
+    }
+    if (chance(r, 4)) spoil(r, p, 6);
+    if (chance(r, 1)) spoil(r, p, 6);
+}
+
+static void d_orient2d(Rng* r, Call* c, int64_t i, int v) {
+    (void)v;
+    double *pa = DA(c, "PA", 2), *pb = DA(c, "PB", 2), *pc = DA(c, "PC", 2);
+    double p[6];
+    orient_points(r, i, p);
+    pa[0] = p[0]; pa[1] = p[1]; pb[0] = p[2]; pb[1] = p[3]; pc[0] = p[4]; pc[1] = p[5];
+    double* k[5];
+    predicate_constants(c, k);
+    double* res = DA(c, "RESULT", 1);
+    CALL(c, *res = ORIENT2D(pa, pb, pc, k[0], k[1], k[2], k[3], k[4]));
+}
+
+static void d_pointdist(Rng* r, Call* c, int64_t i, int v) {
+    (void)i; (void)v;
+    double *pa = DA(c, "PA", 2), *pb = DA(c, "PB", 2);
+    for (int k = 0; k < 2; ++k) {
+        pa[k] = chance(r, 10) ? awkward_d(r) : uniform_d(r, -10, 10);
+        pb[k] = chance(r, 10) ? awkward_d(r) : (chance(r, 10) ? pa[k] : uniform_d(r, -10, 10));
+    }
+    double* res = DA(c, "RESULT", 1);
+    CALL(c, *res = POINTDIST2D(pa, pb));
+}
+
+static void d_triarea(Rng* r, Call* c, int64_t i, int v) {
+    (void)i; (void)v;
+    double *pa = DA(c, "PA", 3), *pb = DA(c, "PB", 3), *pc = DA(c, "PC", 3);
+    double s = chance(r, 10) ? pow2(irange(r, -600, 600)) : 1.0;
+    for (int k = 0; k < 3; ++k) {
+        pa[k] = uniform_d(r, -5, 5) * s;
+        pb[k] = uniform_d(r, -5, 5) * s;
+        pc[k] = chance(r, 20) ? pa[k] + (pb[k] - pa[k]) * 2.0 : uniform_d(r, -5, 5) * s; /* collinear */
+    }
+    if (chance(r, 10)) {
+        double* all[3] = {pa, pb, pc};
+        int32_t which = irange(r, 0, 2), k = irange(r, 0, 2);
+        all[which][k] = awkward_d(r);
+    }
+    double* res = DA(c, "RESULT", 1);
+    CALL(c, *res = TRIAREA3D(pa, pb, pc));
+}
+
+/* Two segments whose lengths sit on and beside LENTOL, and whose cross
+ * product sits on and beside PARTOL^2, or random ones. */
+static void d_lineintersect(Rng* r, Call* c, int64_t i, int v) {
+    (void)v;
+    double *p1 = DA(c, "P1", 2), *p2 = DA(c, "P2", 2), *q1 = DA(c, "Q1", 2), *q2 = DA(c, "Q2", 2);
+    double *ps = DA(c, "S", 1), *pt = DA(c, "T", 1);
+    double *lentol = DA(c, "LENTOL", 1), *partol = DA(c, "PARTOL", 1);
+    *ps = bits_d(0x7FF4DEADBEEF0001u); /* written only for code 11 */
+    *pt = bits_d(0xFFF4DEADBEEF0002u);
+    double x0 = (double)irange(r, -8, 8), y0 = (double)irange(r, -8, 8);
+    switch (i % 4) {
+        case 0: { /* lengths exact: axis-parallel, or 3-4-5 scaled by 2^e */
+            double s = pow2(irange(r, -30, 30));
+            int which = irange(r, 0, 1);
+            double len;
+            if (chance(r, 50)) { p1[0] = x0; p1[1] = y0; p2[0] = x0 + 3.0 * s; p2[1] = y0 + 4.0 * s; len = 5.0 * s; }
+            else { p1[0] = x0; p1[1] = y0; p2[0] = x0; p2[1] = y0 - 6.0 * s; len = 6.0 * s; }
+            q1[0] = y0; q1[1] = x0; q2[0] = y0 + 7.0 * s; q2[1] = x0 + 1.0 * s;
+            if (which) { /* the second segment carries the exact length */
+                double t[4] = {p1[0], p1[1], p2[0], p2[1]};
+                p1[0] = q1[0]; p1[1] = q1[1]; p2[0] = q2[0]; p2[1] = q2[1];
+                q1[0] = t[0]; q1[1] = t[1]; q2[0] = t[2]; q2[1] = t[3];
+            }
+            *lentol = ulps(len, irange(r, -1, 1));
+            *partol = chance(r, 50) ? 0.0 : 1e-6;
+            break;
+        }
+        case 1: { /* den = A*B - E*C exactly, PARTOL^2 on and beside it */
+            int32_t pp = irange(r, 1, 3000);
+            int32_t a = pp, b = pp * (chance(r, 50) ? 1 : -1), e = irange(r, -3, 3), cc = 0;
+            if (chance(r, 50)) { /* a second product, den stays p^2 */
+                cc = irange(r, -5, 5);
+                b = chance(r, 50) ? pp : -pp;
+                e = 0;
+            }
+            p1[0] = x0; p1[1] = y0; p2[0] = x0 + a; p2[1] = y0 + e;
+            q1[0] = y0 - 1.0; q1[1] = x0 + 2.0; q2[0] = q1[0] + cc; q2[1] = q1[1] + b;
+            double pt0 = (double)pp;
+            int step = irange(r, -2, 2);
+            *partol = step == 0 ? pt0 : ulps(pt0, step);
+            if (chance(r, 30)) *partol = -*partol;
+            if (chance(r, 20)) *partol = uniform_d(r, 0.0, 2.0) * pt0;
+            *lentol = chance(r, 50) ? 0.0 : 1e-3;
+            break;
+        }
+        case 2: /* crossing or not, inside or outside the segments */
+            for (int k = 0; k < 2; ++k) {
+                p1[k] = uniform_d(r, -1, 1); p2[k] = uniform_d(r, -1, 1);
+                q1[k] = uniform_d(r, -1, 1); q2[k] = uniform_d(r, -1, 1);
+            }
+            if (chance(r, 20)) { q1[0] = p1[0]; q1[1] = p1[1]; } /* shared end */
+            if (chance(r, 10)) { q2[0] = p2[0] + (p2[0] - p1[0]); q2[1] = p2[1] + (p2[1] - p1[1]); } /* collinear */
+            *lentol = chance(r, 70) ? 1e-9 : uniform_d(r, 0, 1);
+            *partol = chance(r, 70) ? 1e-6 : uniform_d(r, 0, 1);
+            break;
+        default: /* zero-length, zero tolerances, awkward values */
+            for (int k = 0; k < 2; ++k) {
+                p1[k] = chance(r, 20) ? awkward_d(r) : x0;
+                p2[k] = chance(r, 20) ? awkward_d(r) : (chance(r, 50) ? p1[k] : uniform_d(r, -1, 1));
+                q1[k] = chance(r, 20) ? awkward_d(r) : y0;
+                q2[k] = chance(r, 20) ? awkward_d(r) : (chance(r, 50) ? q1[k] : uniform_d(r, -1, 1));
+            }
+            *lentol = chance(r, 50) ? 0.0 : awkward_d(r);
+            *partol = chance(r, 50) ? 0.0 : awkward_d(r);
+            break;
+    }
+    int32_t* res = IA(c, "RESULT", 1);
+    CALL(c, *res = LINEINTERSECT2D(p1, p2, q1, q2, ps, pt, lentol, partol));
+}
+
+/* A node table XY (LDN+1, 3) for the mesher routines: nodes on a small
+ * grid (ties, exact collinearity), duplicates, a few on a long line an ulp
+ * or two off it, now and then a NaN or infinite coordinate. */
+static double* mesh_nodes(Rng* r, Call* c, int32_t nn) {
+    double* xy = DA(c, "XY", 3 * (int64_t)nn);
+    for (int32_t n = 0; n < nn; ++n) {
+        double x, y;
+        int kind = irange(r, 0, 9);
+        if (kind < 5) {
+            x = irange(r, 0, 4);
+            y = irange(r, 0, 4);
+        } else if (kind < 7 && n > 0) { /* a duplicate */
+            int32_t m = irange(r, 0, n - 1);
+            x = xy[m];
+            y = xy[m + nn];
+        } else if (kind < 9) { /* on or beside the line through (0.5, 0.5) and (3.5, 3.5) */
+            int32_t along = irange(r, 0, 3), fine = irange(r, 0, 7), off = irange(r, -2, 2);
+            x = 0.5 + along + fine * 0x1p-51;
+            y = x + off * 0x1p-51;
+        } else {
+            x = uniform_d(r, -1, 5);
+            y = uniform_d(r, -1, 5);
+        }
+        xy[n] = x;
+        xy[n + nn] = y;
+        xy[n + 2 * nn] = chance(r, 50) ? nonfinite_d(r) : uniform_d(r, -1, 1); /* z, not read */
+    }
+    if (chance(r, 10)) { /* the same mesh tiny or huge */
+        double s = pow2(irange(r, -400, 400));
+        for (int32_t n = 0; n < 2 * nn; ++n) xy[n] *= s;
+    }
+    if (chance(r, 5)) spoil(r, xy, 2 * nn);
+    return xy;
+}
+
+static double mesh_tolerance(Rng* r, double s) {
+    switch (irange(r, 0, 5)) {
+        case 0: return 0.0;
+        case 1: return 1e-12 * s;
+        case 2: return 0.5 * s;
+        case 3: return 1.0 * s;
+        case 4: return awkward_d(r);
+        default: return uniform_d(r, 0.0, 2.0) * s;
+    }
+}
+
+static void d_checknewtriang(Rng* r, Call* c, int64_t i, int v) {
+    (void)i; (void)v;
+    int32_t nn = irange(r, 3, 24), ldn = nn - 1;
+    int32_t nedge = chance(r, 5) ? irange(r, -1, 0) : irange(r, 1, 14), lde = (nedge > 0 ? nedge : 1) - 1 + irange(r, 0, 2);
+    int32_t* edges = IA(c, "EDGES", 2 * (int64_t)(lde + 1));
+    for (int32_t k = 0; k <= lde; ++k) {
+        edges[k] = irange(r, 1, nn);
+        edges[k + lde + 1] = chance(r, 5) ? edges[k] : irange(r, 1, nn);      /* degenerate edge */
+        if (k > 0 && chance(r, 10)) { edges[k] = edges[k - 1]; edges[k + lde + 1] = edges[k + lde]; } /* repeated */
+    }
+    double* xy = mesh_nodes(r, c, nn);
+    int32_t iedge = nedge > 0 ? irange(r, 0, nedge - 1) : 0;
+    int32_t a = edges[iedge], b = edges[iedge + lde + 1];
+    double* p = DA(c, "P", 2);
+    int32_t nodex = irange(r, -1, nn + 2);
+    switch (irange(r, 0, 3)) {
+        case 0: /* an existing node as the apex, left out of the tests */
+            nodex = irange(r, 1, nn);
+            p[0] = xy[nodex - 1]; p[1] = xy[nodex - 1 + nn];
+            break;
+        case 1: /* on the base line or beside it */
+            p[0] = xy[a - 1] + (xy[b - 1] - xy[a - 1]) * 2.0;
+            p[1] = xy[a - 1 + nn] + (xy[b - 1 + nn] - xy[a - 1 + nn]) * 2.0;
+            if (chance(r, 50) && p[0] > 0) p[0] = ulps(p[0], irange(r, -2, 2));
+            break;
+        case 2: p[0] = uniform_d(r, -1, 5); p[1] = uniform_d(r, -1, 5); break;
+        default: p[0] = irange(r, -1, 5) * 0.5; p[1] = irange(r, -1, 5) * 0.5; break;
+    }
+    if (chance(r, 3)) spoil(r, p, 2);
+    double* k[5];
+    predicate_constants(c, k);
+    int32_t *pie = iscalar(c, "IEDGE", iedge), *pnx = iscalar(c, "NODEX", nodex);
+    int32_t *pne = iscalar(c, "NEDGE", nedge), *plde = iscalar(c, "LDE", lde), *pldn = iscalar(c, "LDN", ldn);
+    double *lentol = DA(c, "LENTOL", 1), *partol = DA(c, "PARTOL", 1), *ontol = DA(c, "ONTOL", 1);
+    *lentol = chance(r, 60) ? 1e-9 : mesh_tolerance(r, 1.0);
+    *partol = chance(r, 60) ? 1e-6 : mesh_tolerance(r, 1.0);
+    *ontol = mesh_tolerance(r, 1.0);
+    int32_t* res = IA(c, "RESULT", 1);
+    CALL(c, *res = CHECKNEWTRIANG(pie, pnx, p, xy, pne, edges, k[0], k[1], k[2], k[3], plde, pldn,
+                                  lentol, partol, ontol, k[4]));
+}
+
+static void d_getnearnodes(Rng* r, Call* c, int64_t i, int v) {
+    (void)i; (void)v;
+    int32_t nn = irange(r, 3, 30), ldn = nn - 1;
+    int32_t ncol = chance(r, 3) ? 0 : irange(r, 1, 4);
+    int32_t nrow = chance(r, 5) ? irange(r, -1, 0) : irange(r, 1, 12), ldt = (nrow > 0 ? nrow : 1) - 1 + irange(r, 0, 2);
+    int64_t lt = (int64_t)(ldt + 1) * (ncol > 0 ? ncol : 1);
+    int32_t* table = IA(c, "TABLE", lt);
+    for (int64_t x = 0; x < lt; ++x) table[x] = irange(r, 1, nn);
+    double* xy = mesh_nodes(r, c, nn);
+    int32_t na = irange(r, 1, nn), nb = irange(r, 1, nn);
+    double* p = DA(c, "P", 2);
+    if (chance(r, 50)) { /* the middle of the base edge, ties in distance */
+        p[0] = 0.5 * (xy[na - 1] + xy[nb - 1]);
+        p[1] = 0.5 * (xy[na - 1 + nn] + xy[nb - 1 + nn]);
+    } else {
+        p[0] = irange(r, 0, 8) * 0.5;
+        p[1] = irange(r, 0, 8) * 0.5;
+    }
+    if (chance(r, 3)) spoil(r, p, 2);
+    int32_t kmax = chance(r, 20) ? 1 : irange(r, 1, 12);
+    int32_t* nearl = IA(c, "NEAR", kmax + 2); /* two sentinels past KMAX */
+    for (int32_t x = 0; x < kmax + 2; ++x) nearl[x] = -777 - x;
+    int32_t* nwithin = iscalar(c, "NWITHIN", -555);
+    int32_t* nnear = iscalar(c, "NNEAR", 0);
+    double* radius = DA(c, "RADIUS", 1);
+    switch (irange(r, 0, 3)) {
+        case 0: *radius = 0.0; break;
+        case 1: *radius = (double)irange(r, 1, 4); break; /* on grid distances */
+        case 2: *radius = 1.5; break;
+        default: *radius = chance(r, 80) ? uniform_d(r, 0, 5) : awkward_d(r); break;
+    }
+    double* k[5];
+    predicate_constants(c, k);
+    int32_t *pna = iscalar(c, "NA", na), *pnb = iscalar(c, "NB", nb), *pnr = iscalar(c, "NROW", nrow);
+    int32_t *pldt = iscalar(c, "LDT", ldt), *pldn = iscalar(c, "LDN", ldn);
+    int32_t *pk = iscalar(c, "KMAX", kmax), *pnc = iscalar(c, "NCOL", ncol);
+    int32_t* res = IA(c, "RESULT", 1);
+    CALL(c, *res = GETNEARNODES(pna, pnb, p, xy, pnr, table, radius, nwithin, nnear, nearl, k[0], k[1],
+                                k[2], k[3], pldt, pldn, k[4], pk, pnc));
+}
+
+static void d_getvertices(Rng* r, Call* c, int64_t i, int v) {
+    (void)i; (void)v;
+    int32_t nlast = irange(r, -1, 8), nv = irange(r, -1, 5), kfirst = irange(r, 0, 10);
+    int64_t rows = nlast + 1 > 0 ? nlast + 1 : 1, cols = nv > 0 ? nv : 1;
+    int32_t* elemnod = IA(c, "ELEMNOD", rows * cols);
+    for (int64_t x = 0; x < rows * cols; ++x) elemnod[x] = chance(r, 10) ? -irange(r, 0, 9) : irange(r, 1, 99);
+    int64_t lv = (nlast >= kfirst && nv > 0) ? (int64_t)(nlast - kfirst + 1) * nv : 0;
+    int32_t* verts = IA(c, "VERTS", lv + 2); /* two sentinels past the end */
+    for (int64_t x = 0; x < lv + 2; ++x) verts[x] = -999;
+    int32_t *pl = iscalar(c, "NLAST", nlast), *pk = iscalar(c, "KFIRST", kfirst), *pv = iscalar(c, "NV", nv);
+    /* the unused arguments are passed as null pointers: they must not be read */
+    CALL(c, GETELEMENTVERTICES(verts, elemnod, NULL, pl, NULL, pk, pv));
+}
+
 /* ---- the routines and their drivers ----------------------------------------- */
 
 typedef struct {
@@ -1024,6 +1414,13 @@ static const Routine routines[] = {
     {"COMPAREARRAY", d_compare, 50000, -1, 0},
     {"PACKMESHNODESDOTNET", d_packmesh, 30000, -1, 0},
     {"NORMALISEDCORDDOTNET", d_natural, 100000, -1, 0},
+    {"POINTDIST2D", d_pointdist, 50000, -1, 0},
+    {"LINEINTERSECT2D", d_lineintersect, 100000, -1, 0},
+    {"ORIENT2D", d_orient2d, 350000, -1, 0},
+    {"TRIAREA3D", d_triarea, 50000, -1, 0},
+    {"CHECKNEWTRIANG", d_checknewtriang, 50000, -1, 0},
+    {"GETELEMENTVERTICES", d_getvertices, 20000, -1, 0},
+    {"GETNEARNODES", d_getnearnodes, 50000, -1, 0},
 };
 #define NROUTINES ((int)(sizeof routines / sizeof routines[0]))
 
