@@ -530,7 +530,11 @@ SHELLFE_API void NORMALISEDCORDDOTNET(const int32_t* IEL, float* XI, float* ETA,
  *   RESULTERRBOUND = (3 + 8*eps)*eps
  *   SPLITTER       = 134217729.0          (2^27 + 1)
  * With these, the sign is exact whenever no product of coordinate
- * differences overflows or underflows; a NaN coordinate gives NaN.
+ * differences overflows or underflows, with one exception kept for
+ * compatibility: the last stage merges expansion components in an order
+ * that can, rarely, leave exactly collinear points with a tiny nonzero
+ * result (far below the plain determinant's rounding error) instead of 0.
+ * A NaN coordinate gives NaN.
  * ------------------------------------------------------------------------ */
 
 /* Distance of two points, sqrt((PB.x-PA.x)^2 + (PB.y-PA.y)^2), without
@@ -549,7 +553,8 @@ SHELLFE_API int32_t LINEINTERSECT2D(const double* P1, const double* P2, const do
                                     const double* LENTOL, const double* PARTOL) SHELLFE_NOEXCEPT;
 
 /* Orientation of three points: positive if PA, PB, PC run counter-clockwise,
- * negative if clockwise, exactly 0 if collinear; the magnitude approximates
+ * negative if clockwise, 0 if collinear (but for the rare exception in the
+ * section comment above); the magnitude approximates
  * twice the signed area of the triangle. Well-separated points cost one
  * plain determinant; nearly collinear ones are settled in up to three
  * further stages of increasing precision. */

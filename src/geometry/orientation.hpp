@@ -37,8 +37,10 @@ inline PredicateConstants host_constants(const double* CCWERRBOUNDA, const doubl
 double refine_orientation(Point2 a, Point2 b, Point2 c, double detsum, const PredicateConstants& k,
                           int* stage = nullptr);
 
-// Positive if a, b, c run counter-clockwise, negative if clockwise, exactly
-// 0 if collinear; about twice the signed area.
+// Positive if a, b, c run counter-clockwise, negative if clockwise, 0 if
+// collinear; about twice the signed area. (The last stage's merge order,
+// kept for compatibility, can rarely leave a tiny nonzero for exactly
+// collinear points: see expansion_sum.)
 //
 // The first stage returns the plain determinant when the two products have
 // opposite signs, when the first is zero or NaN, or when the determinant
