@@ -530,7 +530,11 @@ SHELLFE_API void NORMALISEDCORDDOTNET(const int32_t* IEL, float* XI, float* ETA,
  *   RESULTERRBOUND = (3 + 8*eps)*eps
  *   SPLITTER       = 134217729.0          (2^27 + 1)
  * With these, the sign is exact whenever no product of coordinate
- * differences overflows or underflows; a NaN coordinate gives NaN.
+ * differences overflows or underflows, with one exception kept for
+ * compatibility: the last stage merges expansion components in an order
+ * that can, rarely, leave exactly collinear points with a tiny nonzero
+ * result (far below the plain determinant's rounding error) instead of 0.
+ * A NaN coordinate gives NaN.
  * ------------------------------------------------------------------------ */
 
 /* Distance of two points, sqrt((PB.x-PA.x)^2 + (PB.y-PA.y)^2), without
@@ -549,7 +553,8 @@ SHELLFE_API int32_t LINEINTERSECT2D(const double* P1, const double* P2, const do
                                     const double* LENTOL, const double* PARTOL) SHELLFE_NOEXCEPT;
 
 /* Orientation of three points: positive if PA, PB, PC run counter-clockwise,
- * negative if clockwise, exactly 0 if collinear; the magnitude approximates
+ * negative if clockwise, 0 if collinear (but for the rare exception in the
+ * section comment above); the magnitude approximates
  * twice the signed area of the triangle. Well-separated points cost one
  * plain determinant; nearly collinear ones are settled in up to three
  * further stages of increasing precision. */
@@ -617,6 +622,149 @@ SHELLFE_API int32_t GETNEARNODES(const int32_t* NA, const int32_t* NB, const dou
                                  const double* SPLITTER, const int32_t* LDT, const int32_t* LDN,
                                  const double* RESULTERRBOUND, const int32_t* KMAX,
                                  const int32_t* NCOL) SHELLFE_NOEXCEPT;
+
+/* ------------------------------------------------------------------------
+ * Stress recovery and error estimation
+ *
+ * An energy-type measure of the difference between the host's smoothed
+ * bending moments (Mx, My, Mxy) and an element's own, one element per
+ * call, added to accumulators the host zeroes before a sweep.
+ * ------------------------------------------------------------------------ */
+
+/* Moment error of element IEL. At the 3x3 points (GPOS(1, i), GPOS(1, j)),
+ * i outer, j inner, p = 3(i-1)+j, for every family (triangles are sampled
+ * at the same tensor points): with N1..N8 the element's shape functions
+ * (family IETYP(IEL, 1)), the smoothed moments s* = sum N_k SIGS(., k), the
+ * element's s = sum N_k SIGE(9(IEL-1)+k, ICSIG+.), the thickness
+ * sum N_k TNODE(IEL, k) over k = 1..NNODT written to PROP(IMAT, 3), and
+ * C the inverse (in double, Gauss-Jordan without pivoting) of the bending
+ * rigidities of the layered plate PLAY, ZLAY, NLAY, the density is
+ *   rho = (|e1 c1| + |e2 c2| + |e3 c3|) WDET(p, IEL),  e = s* - s, c = C e.
+ * Then ERRN(|CONN(IEL, k)|) += N_k rho for k = 1..8, ERRT += (N1+..+N8) rho
+ * and ERRE(IEL) += |rho|. Arguments 6 and 21 are not used. */
+SHELLFE_API void STERRORDLLDOTNET(const float* SIGE, const int32_t* IEL, const int32_t* IETYP,
+                                  const int32_t* NELEM, const float* GPOS, const void* UNUSED6,
+                                  const int32_t* NNODT, const float* TNODE, const float* PLAY,
+                                  const float* ZLAY, const int32_t* NLAY, const int32_t* CONN,
+                                  float* ERRN, float* ERRT, float* PROP, const float* WDET,
+                                  const float* SIGS, float* ERRE, const int32_t* ICSIG,
+                                  const int32_t* NSROW, const void* UNUSED21,
+                                  const int32_t* NMAT, const int32_t* IMAT) SHELLFE_NOEXCEPT;
+
+/* STERRORDLLDOTNET with the first-dimension bound of IETYP and CONN passed
+ * as NELEMC; NELEM bounds TNODE alone. */
+SHELLFE_API void STERRORDLLDOTNET1(const float* SIGE, const int32_t* IEL, const int32_t* IETYP,
+                                   const int32_t* NELEM, const float* GPOS, const void* UNUSED6,
+                                   const int32_t* NNODT, const float* TNODE, const float* PLAY,
+                                   const float* ZLAY, const int32_t* NLAY, const int32_t* CONN,
+                                   float* ERRN, float* ERRT, float* PROP, const float* WDET,
+                                   const float* SIGS, float* ERRE, const int32_t* ICSIG,
+                                   const int32_t* NSROW, const void* UNUSED21,
+                                   const int32_t* NMAT, const int32_t* IMAT,
+                                   const int32_t* NELEMC) SHELLFE_NOEXCEPT;
+
+/* ------------------------------------------------------------------------
+ * Result post-processing
+ *
+ * Quantities for display after the solution. Tables "with row length L+1"
+ * are stored row after row: entry (i, j) at flat position i*(L+1) + j.
+ * Found-item counters (NMFND, NNFND) are continued from the host's values.
+ * ------------------------------------------------------------------------ */
+
+/* Casts a net around node NSTART: spreading element by element through
+ * the NODMEM records, it gathers the nodes whose z is within 0.001 of
+ * NSTART's and whose plan distance from it is below RADIUS (both strict,
+ * in single precision), and spreads only through gathered nodes. Reports
+ * the largest (VHIGH), smallest (VLOW) and average (VAVG) of the gathered
+ * values RES(ICOMP + 1 + NCOMP(q-1), ICASE), and PEAK, the larger of
+ * |VHIGH| and |VLOW|. With nothing gathered, VHIGH = -99999997952.0,
+ * VLOW = 99999997952.0, VAVG = 0 and PEAK = 99999997952.0. The cost is in
+ * proportion to the net, not to the mesh. */
+SHELLFE_API void CASTNETFMDOTNET(float* PEAK, const float* RES, const int32_t* ICASE,
+                                 const int32_t* ICOMP, const int32_t* NCOMP, const int32_t* NNODE,
+                                 const float* XYZN, const float* RADIUS, const int32_t* NSTART,
+                                 float* VHIGH, float* VLOW, const int32_t* NODMEM,
+                                 const int32_t* NELEM, const int32_t* LDMEM, const int32_t* LDCN,
+                                 const int32_t* IELNOD, float* VAVG,
+                                 const int32_t* LDRES) SHELLFE_NOEXCEPT;
+
+/* Members of group IGRP+1 with a node closer than RAD (in space) to node
+ * IPEAK are appended to MFND in ascending order, and those nodes to NFND in
+ * order of discovery, each once per call; NMFND and NNFND are continued. */
+SHELLFE_API void GETPEAKMEMNODESDOTNET(const int32_t* NMEM, const int32_t* MEMTAB,
+                                       const int32_t* MEMGRP, const int32_t* MEMNOD,
+                                       const float* XYZN, const int32_t* IPEAK, const float* RAD,
+                                       int32_t* NMFND, int32_t* MFND, int32_t* NNFND,
+                                       int32_t* NFND, const int32_t* LDXYZ,
+                                       const int32_t* IGRP) SHELLFE_NOEXCEPT;
+
+/* GETPEAKMEMNODESDOTNET restricted to active members, MEMTAB(1, j) = 1. */
+SHELLFE_API void GETPEAKMEMNODESDOTNET1(const int32_t* NMEM, const int32_t* MEMTAB,
+                                        const int32_t* MEMGRP, const int32_t* MEMNOD,
+                                        const float* XYZN, const int32_t* IPEAK, const float* RAD,
+                                        int32_t* NMFND, int32_t* MFND, int32_t* NNFND,
+                                        int32_t* NFND, const int32_t* LDXYZ,
+                                        const int32_t* IGRP) SHELLFE_NOEXCEPT;
+
+/* GETPEAKMEMNODESDOTNET1 remembering only the last 512 nodes it listed, as
+ * 16-bit numbers: a call that lists more than 512 distinct nodes can list
+ * a node again, and node numbers compare modulo 65536. */
+SHELLFE_API void GETPEAKMEMNODESDOTNET2(const int32_t* NMEM, const int32_t* MEMTAB,
+                                        const int32_t* MEMGRP, const int32_t* MEMNOD,
+                                        const float* XYZN, const int32_t* IPEAK, const float* RAD,
+                                        int32_t* NMFND, int32_t* MFND, int32_t* NNFND,
+                                        int32_t* NFND, const int32_t* LDXYZ,
+                                        const int32_t* IGRP) SHELLFE_NOEXCEPT;
+
+/* Colour bands of one element in a contour plot. Each corner i = 1..NCORN
+ * gets the band k of BNDLIM(k-1) < t < BNDLIM(k), t = (VCORN(i) - VMIN) /
+ * (VMAX - VMIN), or -k when t is within 1e-6 of BNDLIM(k) (on a limit);
+ * no match gives band NBND above BNDLIM(0), else 1 (corner 1 starts from
+ * IBINIT, which is reset to 0). IBRAW receives these bands. A corner on a
+ * limit then joins the lower band if both neighbours (cyclic for 4 and 8
+ * corners) are lower, the upper if both are higher, and otherwise stays;
+ * IBAND receives the result. NCOLR is the spread of the bands first
+ * assigned, or 1 when four corners (NCORN != 8) end in one band. ISPLIT =
+ * -1 when two bands split corners 1..4 in halves. MODE = -999 forces
+ * NCOLR = 1 when every corner is within TOL of point IREFA of XYZR; MODE
+ * >= 1 forces band IBFIX and value VLO on every corner when all values lie
+ * between VLO and VHI and the corners' mean distance from point IREFB is
+ * below 1.25 TOL. */
+SHELLFE_API void CHECKNUMCOLOURDOTNET(int32_t* NCOLR, const float* BNDLIM, float* VCORN,
+                                      int32_t* IBINIT, const int32_t* NCORN, const float* VMIN,
+                                      const float* VMAX, const int32_t* NBND, int32_t* IBAND,
+                                      int32_t* ISPLIT, const int32_t* MODE, const int32_t* IBFIX,
+                                      const int32_t* IREFA, const float* VLO, const float* VHI,
+                                      const float* XYZC, const int32_t* IREFB,
+                                      const int32_t* LDRF, const int32_t* LDXC, const float* TOL,
+                                      const float* XYZR, int32_t* IBRAW) SHELLFE_NOEXCEPT;
+
+/* ------------------------------------------------------------------------
+ * Panel meshing
+ *
+ * The shape functions of the panel kinds (the same ones the element
+ * routines integrate) and the mapping of reference cells onto a curved
+ * panel, in single precision.
+ * ------------------------------------------------------------------------ */
+
+/* Shape functions of kind NTYPE at (XI, ETA): SHP(i, 1) the value of
+ * function i = 1..9, SHP(i, 2) its derivative in xi, SHP(i, 3) in eta (kind
+ * 4, the quintic Hermite line: the second derivative in xi). All 40 entries
+ * of SHP (0:9, 0:3) are written; row 0, column 0 and rows beyond the kind's
+ * functions are 0, and an unknown kind gives all zeros. Kind 1 or 2: eight
+ * serendipity functions plus the centre bubble, not corrected for it. */
+SHELLFE_API void SFR1DLLDOTNET(float* SHP, const float* XI, const float* ETA,
+                               const int32_t* NTYPE) SHELLFE_NOEXCEPT;
+
+/* Maps the reference cell with first corner (XI, ETA) and side DELTA onto
+ * the panel of nodes XYZ(1..8, 1..3) (kind NTYPE, as for SFR1DLLDOTNET):
+ * corner k = 1..4, at (xi, eta), (xi+d, eta), (xi+d, eta+d) and
+ * ((xi+d)-d, eta+d), receives PTS(k, c) = sum N_i XYZ(i, c) and VALS(k) =
+ * sum N_i NODVAL(i) over i = 1..8. Note ETA before XI. */
+SHELLFE_API void SUBDIVIDEPANELDLLDOTNET(const float* XYZ, float* PTS, float* VALS,
+                                         const float* ETA, const float* XI, const float* DELTA,
+                                         const int32_t* NTYPE,
+                                         const float* NODVAL) SHELLFE_NOEXCEPT;
 
 #ifdef __cplusplus
 } /* extern "C" */

@@ -16,6 +16,7 @@
 // Only integer and double arithmetic in a fixed order (no fused
 // multiply-add) is used, so every compiler and CPU gives the same bits.
 #include "element/angles.hpp"
+#include "frame/expansion.hpp"
 
 #include <bit>
 #include <cstdint>
@@ -55,16 +56,8 @@ void multiply_window(u64 m, u64 whi, u64 wlo, u64& hi, u64& lo) {
     hi = m * whi + (b >> 32) + carry;
 }
 
-// Exact product a * b = p + e of two doubles, by splitting each factor into
-// halves of 26 bits (no fused multiply-add, which not every CPU has).
-void two_product(double a, double b, double& p, double& e) {
-    constexpr double split = 134217729.0;  // 2^27 + 1
-    const double ca = split * a, cb = split * b;
-    const double ah = ca - (ca - a), al = a - ah;
-    const double bh = cb - (cb - b), bl = b - bh;
-    p = a * b;
-    e = ((ah * bh - p) + ah * bl + al * bh) + al * bl;
-}
+// Halves a double for exact products.
+constexpr double kSplitter = 134217729.0;  // 2^27 + 1
 
 // pi/2 as a sum of two doubles.
 constexpr double kHalfPiHi = 0x1.921fb54442d18p+0;
@@ -146,7 +139,7 @@ SinCos sin_cos(float radians) noexcept {
         const double f_lo = (static_cast<double>(rest) + static_cast<double>(glo) * two_m64) * two_m64;
         // r = f * pi/2 as a double-double.
         double p, e;
-        two_product(f_hi, kHalfPiHi, p, e);
+        two_product(f_hi, kHalfPiHi, kSplitter, p, e);
         const double tail = e + (f_hi * kHalfPiLo + f_lo * kHalfPiHi);
         const double r_hi = p + tail;
         const double r_lo = tail - (r_hi - p);

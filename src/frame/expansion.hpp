@@ -82,9 +82,13 @@ inline void two_two_diff(double a1, double a0, double b1, double b0, double x[4]
 // Components are merged by magnitude: the next one comes from e when
 // f's current component exceeds |e's| and from f otherwise. A negative f
 // component at least as large as e's in magnitude therefore goes first,
-// where the textbook merge would take e's; the result differs in the last
-// bits in such cases, and this rule is kept deliberately so that hosts get
-// the values they have always had.
+// where the textbook merge would take e's. The sum stays exact in most
+// such cases, but its components can come out of magnitude order (or a
+// fast two-sum, given them in the wrong order, can drop a few low bits),
+// so the last component is then not always the sign of the whole: the
+// orientation can return a tiny nonzero for exactly collinear points. The
+// rule is kept deliberately so that hosts get the values they have always
+// had.
 int expansion_sum(int elen, const double* e, int flen, const double* f, double* h);
 
 // The plain sum of an expansion's components, from the first upward.

@@ -37,33 +37,36 @@ inline PredicateConstants host_constants(const double* CCWERRBOUNDA, const doubl
 double refine_orientation(Point2 a, Point2 b, Point2 c, double detsum, const PredicateConstants& k,
                           int* stage = nullptr);
 
-// Positive if a, b, c run counter-clockwise, negative if clockwise, exactly
-// 0 if collinear; about twice the signed area.
+// Positive if a, b, c run counter-clockwise, negative if clockwise, 0 if
+// collinear; about twice the signed area. (The last stage's merge order,
+// kept for compatibility, can rarely leave a tiny nonzero for exactly
+// collinear points: see expansion_sum.)
 //
-// The first stage is written without data-dependent branches (the signs
-// of random products are a coin toss for the branch predictor): the plain
-// determinant is returned when the two products have opposite signs, when
-// the first is zero or NaN, or when it clears the first error bound, and
-// only the remaining, rare case branches off.
+// The first stage returns the plain determinant when the two products have
+// opposite signs, when the first is zero or NaN, or when the determinant
+// clears the first error bound. Testing the signs first, as the textbook
+// does, costs a mispredicted branch on every other random input. Instead
+// the bound test comes first, against |detleft + detright|: for products
+// of opposite sign or a zero first product it always passes (the
+// determinant is then at least as large in magnitude as that sum), so it
+// settles almost every input with one well-predicted branch, and the sign
+// cases are sorted out only on the rare inputs that fail it. The values
+// returned are the textbook's, NaN included.
 inline double orientation(Point2 a, Point2 b, Point2 c, const PredicateConstants& k,
                           int* stage = nullptr) {
     const double detleft = (a.x - c.x) * (b.y - c.y);
     const double detright = (a.y - c.y) * (b.x - c.x);
     const double det = detleft - detright;
-    const bool left_positive = detleft > 0.0;
-    const bool left_negative = detleft < 0.0;
-    // Where both products have one sign (a NaN right product counts as
-    // sharing the left one's), |detleft + detright| is the sum of their
-    // magnitudes.
     const double detsum = std::fabs(detleft + detright);
-    const bool settled = (left_positive & (detright <= 0.0)) | (left_negative & (detright >= 0.0)) |
-                         !(left_positive | left_negative) |
-                         (std::fabs(det) >= k.ccw_bound_a * detsum);
-    if (settled) {
-        if (stage) *stage = 1;
-        return det;
+    if (!(std::fabs(det) >= k.ccw_bound_a * detsum)) [[unlikely]] {
+        // Failed by nearly collinear points, by NaN, and by infinite
+        // products of opposite sign (whose sum is NaN).
+        const bool same_sign = (detleft > 0.0 && !(detright <= 0.0)) ||
+                               (detleft < 0.0 && !(detright >= 0.0));
+        if (same_sign) return refine_orientation(a, b, c, detsum, k, stage);
     }
-    return refine_orientation(a, b, c, detsum, k, stage);
+    if (stage) *stage = 1;
+    return det;
 }
 
 }  // namespace shellfe
