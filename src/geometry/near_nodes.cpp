@@ -111,7 +111,11 @@ extern "C" int32_t GETNEARNODES(const int32_t* NA, const int32_t* NB, const doub
     if (list.count > 0) list.far = 1;
     collect(list, {.a = *NA, .b = *NB}, host_point(P), host_array(XY, {1, Index{*LDN} + 1}, 1),
             host_array(TABLE, {0, *LDT}, 1), *NROW, *NCOL,
-            host_constants(CCWERRBOUNDA, CCWERRBOUNDB, CCWERRBOUNDC, SPLITTER, RESULTERRBOUND));
+            HostConstants{.CCWERRBOUNDA = CCWERRBOUNDA,
+                           .CCWERRBOUNDB = CCWERRBOUNDB,
+                           .CCWERRBOUNDC = CCWERRBOUNDC,
+                           .SPLITTER = SPLITTER,
+                           .RESULTERRBOUND = RESULTERRBOUND}.all());
     list.sort();
     *NWITHIN = list.within(*RADIUS);
     *NNEAR = static_cast<int32_t>(list.count);

@@ -18,18 +18,29 @@ struct PredicateConstants {
     double ccw_bound_c;   // (9 + 64 eps) eps^2
     double splitter;      // 2^27 + 1
     double result_bound;  // (3 + 8 eps) eps
+
+    double bound_a() const { return ccw_bound_a; }
+    const PredicateConstants& all() const { return *this; }
 };
 
-// The constants as the host passes them.
-inline PredicateConstants host_constants(const double* CCWERRBOUNDA, const double* CCWERRBOUNDB,
-                                         const double* CCWERRBOUNDC, const double* SPLITTER,
-                                         const double* RESULTERRBOUND) {
-    return {.ccw_bound_a = *CCWERRBOUNDA,
-            .ccw_bound_b = *CCWERRBOUNDB,
-            .ccw_bound_c = *CCWERRBOUNDC,
-            .splitter = *SPLITTER,
-            .result_bound = *RESULTERRBOUND};
-}
+// The constants where the host passes them, read when needed: a single
+// call on well-separated points needs only the first bound.
+struct HostConstants {
+    const double* CCWERRBOUNDA;
+    const double* CCWERRBOUNDB;
+    const double* CCWERRBOUNDC;
+    const double* SPLITTER;
+    const double* RESULTERRBOUND;
+
+    double bound_a() const { return *CCWERRBOUNDA; }
+    PredicateConstants all() const {
+        return {.ccw_bound_a = *CCWERRBOUNDA,
+                .ccw_bound_b = *CCWERRBOUNDB,
+                .ccw_bound_c = *CCWERRBOUNDC,
+                .splitter = *SPLITTER,
+                .result_bound = *RESULTERRBOUND};
+    }
+};
 
 // Stages B to D for points whose plain determinant did not settle the
 // sign; `detsum` bounds the magnitude of the two products. If `stage` is
@@ -52,18 +63,18 @@ double refine_orientation(Point2 a, Point2 b, Point2 c, double detsum, const Pre
 // settles almost every input with one well-predicted branch, and the sign
 // cases are sorted out only on the rare inputs that fail it. The values
 // returned are the textbook's, NaN included.
-inline double orientation(Point2 a, Point2 b, Point2 c, const PredicateConstants& k,
-                          int* stage = nullptr) {
+template <class Constants>
+inline double orientation(Point2 a, Point2 b, Point2 c, const Constants& k, int* stage = nullptr) {
     const double detleft = (a.x - c.x) * (b.y - c.y);
     const double detright = (a.y - c.y) * (b.x - c.x);
     const double det = detleft - detright;
     const double detsum = std::fabs(detleft + detright);
-    if (!(std::fabs(det) >= k.ccw_bound_a * detsum)) [[unlikely]] {
+    if (!(std::fabs(det) >= k.bound_a() * detsum)) [[unlikely]] {
         // Failed by nearly collinear points, by NaN, and by infinite
         // products of opposite sign (whose sum is NaN).
         const bool same_sign = (detleft > 0.0 && !(detright <= 0.0)) ||
                                (detleft < 0.0 && !(detright >= 0.0));
-        if (same_sign) return refine_orientation(a, b, c, detsum, k, stage);
+        if (same_sign) return refine_orientation(a, b, c, detsum, k.all(), stage);
     }
     if (stage) *stage = 1;
     return det;

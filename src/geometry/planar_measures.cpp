@@ -23,9 +23,12 @@ extern "C" double ORIENT2D(const double* PA, const double* PB, const double* PC,
                            const double* CCWERRBOUNDA, const double* CCWERRBOUNDB,
                            const double* CCWERRBOUNDC, const double* SPLITTER,
                            const double* RESULTERRBOUND) noexcept {
-    const PredicateConstants k =
-        host_constants(CCWERRBOUNDA, CCWERRBOUNDB, CCWERRBOUNDC, SPLITTER, RESULTERRBOUND);
-    return orientation(host_point(PA), host_point(PB), host_point(PC), k);
+    return orientation(host_point(PA), host_point(PB), host_point(PC),
+                       HostConstants{.CCWERRBOUNDA = CCWERRBOUNDA,
+                           .CCWERRBOUNDB = CCWERRBOUNDB,
+                           .CCWERRBOUNDC = CCWERRBOUNDC,
+                           .SPLITTER = SPLITTER,
+                           .RESULTERRBOUND = RESULTERRBOUND});
 }
 
 extern "C" double TRIAREA3D(const double* PA, const double* PB, const double* PC) noexcept {

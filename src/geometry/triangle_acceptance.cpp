@@ -90,7 +90,11 @@ extern "C" int32_t CHECKNEWTRIANG(const int32_t* IEDGE, const int32_t* NODEX, co
                                   const double* PARTOL, const double* ONTOL,
                                   const double* RESULTERRBOUND) noexcept {
     const PredicateConstants k =
-        host_constants(CCWERRBOUNDA, CCWERRBOUNDB, CCWERRBOUNDC, SPLITTER, RESULTERRBOUND);
+        HostConstants{.CCWERRBOUNDA = CCWERRBOUNDA,
+                           .CCWERRBOUNDB = CCWERRBOUNDB,
+                           .CCWERRBOUNDC = CCWERRBOUNDC,
+                           .SPLITTER = SPLITTER,
+                           .RESULTERRBOUND = RESULTERRBOUND}.all();
     return accept_triangle({.iedge = *IEDGE, .nodex = *NODEX, .apex = host_point(P)},
                            host_array(XY, {1, Index{*LDN} + 1}, 1),
                            host_array(EDGES, {0, *LDE}, 1), *NEDGE,
