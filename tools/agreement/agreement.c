@@ -17,7 +17,9 @@
  * collapsed and clockwise elements, subnormals, values on and beside the
  * thresholds, product sizes 1 to 70 and a few large ones. A routine's return
  * value is stored in a one-element RESULT array of the call and hashed with
- * the rest.
+ * the rest. The outputs of the error estimate, result and panel routines lie
+ * between guard elements of random bits, so that a write beside them
+ * changes the hash too.
  *
  * The dense products are also run through each instruction set the CPU
  * supports (NAME/isa lines), by the kernels linked into this program, and must
@@ -1370,6 +1372,498 @@ static void d_getvertices(Rng* r, Call* c, int64_t i, int v) {
     CALL(c, GETELEMENTVERTICES(verts, elemnod, NULL, pl, NULL, pk, pv));
 }
 
+/* ---- error estimate, results and panels ------------------------------------ */
+
+/* An array of `count` elements (at least one) with GUARD more on either
+ * side, everything random bits; returns its first element. A write beside
+ * the array changes the hash. */
+#define GUARD 2
+static void* guarded(Rng* r, Call* c, const char* name, enum Kind kind, int64_t count) {
+    if (count < 1) count = 1;
+    size_t size = kind_size(kind);
+    unsigned char* p = (unsigned char*)arr(c, name, kind, count + 2 * GUARD);
+    for (int64_t x = 0; x < count + 2 * GUARD; ++x) {
+        uint64_t b = next(r);
+        memcpy(p + (size_t)x * size, &b, size);
+    }
+    return p + GUARD * size;
+}
+#define FG(r, c, name, count) ((float*)guarded(r, c, name, F32, count))
+#define IG(r, c, name, count) ((int32_t*)guarded(r, c, name, I32, count))
+/* Output and in-out scalars, between guards as well. */
+static float* fguarded(Rng* r, Call* c, const char* name, float v) {
+    float* p = FG(r, c, name, 1);
+    *p = v;
+    return p;
+}
+static int32_t* iguarded(Rng* r, Call* c, const char* name, int32_t v) {
+    int32_t* p = IG(r, c, name, 1);
+    *p = v;
+    return p;
+}
+
+/* A NaN of any payload and sign, quiet or signalling. */
+static float nan_f(Rng* r) { return bits_f((uint32_t)next(r) | 0x7F800001u); }
+/* A NaN or an infinity. */
+static float nonfinite_f(Rng* r) {
+    uint32_t b = (uint32_t)next(r);
+    return chance(r, 60) ? bits_f(b | 0x7F800001u) : bits_f((b & 0x80000000u) | 0x7F800000u);
+}
+
+/* Element family codes: every known one, and unknown ones that give zero
+ * shape functions. */
+static int32_t family_code(Rng* r) {
+    static const int32_t codes[] = {1, 2, 3, 4, 6, 1, 3, 6, 0, 5, 7, -1, 99};
+    return codes[next(r) % (sizeof codes / sizeof codes[0])];
+}
+
+/* The moment error estimate; `separate`: the variant with the bound of
+ * IETYP and CONN of its own. */
+static void drive_error_estimate(Rng* r, Call* c, int separate) {
+    int32_t iel = irange(r, 1, 4), nelem = iel + irange(r, 0, 2);
+    int32_t nelemc = separate ? iel + irange(r, 0, 2) : nelem;
+    int32_t icsig = irange(r, 0, 3), nsrow = 9 * iel + irange(r, 0, 3);
+    int32_t nnodt = chance(r, 5) ? irange(r, -1, 0) : irange(r, 1, 11);
+    int32_t nlay = chance(r, 3) ? 0 : irange(r, 1, 6), nmat = irange(r, 0, 3), imat = irange(r, 0, nmat);
+    int32_t maxnode = 20;
+    int64_t ls = (int64_t)(icsig + 3) * (nsrow + 1) + 9 * iel;
+    float* sige = FA(c, "SIGE", ls);
+    fill_f(r, sige, ls, -100, 100, 3);
+    int32_t* piel = iscalar(c, "IEL", iel);
+    int64_t lt = (int64_t)nelemc + 1 + iel + 1;
+    int32_t* ietyp = IA(c, "IETYP", lt);
+    for (int64_t x = 0; x < lt; ++x) ietyp[x] = family_code(r);
+    int32_t* pne = iscalar(c, "NELEM", nelem);
+    float* gpos = FA(c, "GPOS", 11);
+    fill_f(r, gpos, 11, -1, 1, 0);
+    switch (irange(r, 0, 3)) {
+        case 0: /* the three-point rule */
+            gpos[4] = -0.774596669f; gpos[7] = 0.0f; gpos[10] = 0.774596669f;
+            break;
+        case 1: /* inside the reference triangle, as a triangle host might pass */
+            for (int k = 1; k <= 3; ++k) gpos[1 + 3 * k] = uniform(r, 0.0f, 1.0f);
+            break;
+        case 2: gpos[1 + 3 * irange(r, 1, 3)] = chance(r, 50) ? awkward(r, 1) : uniform(r, -4, 4); break;
+        default: break;
+    }
+    int32_t* pnt = iscalar(c, "NNODT", nnodt);
+    int64_t ltn = nnodt > 0 ? (int64_t)(nnodt < 9 ? nnodt : 9) * (nelem + 1) + iel + 1 : 1;
+    float* tnode = FA(c, "TNODE", ltn);
+    fill_f(r, tnode, ltn, 0.05f, 0.5f, 3);
+    float *play = FA(c, "PLAY", 18 * (nlay + 1)), *zlay = FA(c, "ZLAY", nlay + 2);
+    layers(r, play, zlay, nlay);
+    for (int32_t l = 0; l <= nlay; ++l) { /* mostly huge finite angles rather than non-finite ones */
+        float* a = &play[l + 17 * (nlay + 1)];
+        uint32_t b;
+        memcpy(&b, a, 4);
+        if ((b & 0x7F800000u) == 0x7F800000u && chance(r, 85))
+            *a = bits_f((b & 0x807FFFFFu) | (uint32_t)irange(r, 150, 254) << 23);
+    }
+    switch (irange(r, 0, 19)) { /* singular bending rigidities: a zero pivot */
+        case 0: /* no thickness */
+            for (int32_t l = 1; l <= nlay + 1; ++l) zlay[l] = zlay[0];
+            break;
+        case 1: /* no stiffness */
+            for (int32_t l = 0; l <= nlay; ++l) play[l + 1 * (nlay + 1)] = play[l + 8 * (nlay + 1)] = play[l + 9 * (nlay + 1)] = 0.0f;
+            break;
+        case 2: /* no shear modulus in unrotated layers: the last pivot is zero */
+            for (int32_t l = 0; l <= nlay; ++l) play[l + 9 * (nlay + 1)] = play[l + 17 * (nlay + 1)] = 0.0f;
+            break;
+        default: break;
+    }
+    int32_t* pnl = iscalar(c, "NLAY", nlay);
+    int64_t lc = 8 * (int64_t)(nelemc + 1) + iel + 1;
+    int32_t* conn = IA(c, "CONN", lc);
+    for (int64_t x = 0; x < lc; ++x) conn[x] = irange(r, -maxnode, maxnode);
+    for (int32_t k = 1; k <= 8; ++k) /* negative numbers address the same node */
+        conn[iel + k * (nelemc + 1)] = chance(r, 3) ? 0 : irange(r, 1, maxnode) * (chance(r, 30) ? -1 : 1);
+    ietyp[iel + (nelemc + 1)] = family_code(r);
+    float* errn = FG(r, c, "ERRN", maxnode + 1);
+    for (int32_t n = 0; n <= maxnode; ++n) errn[n] = chance(r, 50) ? 0.0f : uniform(r, 0, 10);
+    float* errt = fguarded(r, c, "ERRT", chance(r, 50) ? 0.0f : uniform(r, 0, 100));
+    int64_t lp = 3 * (int64_t)(nmat + 1) + imat + 1;
+    float* prop = FG(r, c, "PROP", lp);
+    fill_f(r, prop, lp, -1, 1, 0);
+    float* wdet = FA(c, "WDET", 10 * (int64_t)iel + 10);
+    fill_f(r, wdet, 10 * (int64_t)iel + 10, 0.01f, 1.0f, 3);
+    float* sigs = FA(c, "SIGS", 36);
+    fill_f(r, sigs, 36, -100, 100, 3);
+    if (chance(r, 15)) /* smoothed moments equal to the element's own */
+        for (int32_t m = 1; m <= 3; ++m)
+            for (int32_t k = 1; k <= 8; ++k) sigs[m + 4 * k] = sige[9 * (iel - 1) + k + (int64_t)(icsig + m) * (nsrow + 1)];
+    float* erre = FG(r, c, "ERRE", iel + 1);
+    for (int32_t e = 0; e <= iel; ++e) erre[e] = chance(r, 50) ? 0.0f : uniform(r, 0, 10);
+    int32_t *pic = iscalar(c, "ICSIG", icsig), *pns = iscalar(c, "NSROW", nsrow),
+            *pnm = iscalar(c, "NMAT", nmat), *pim = iscalar(c, "IMAT", imat);
+    /* the unused arguments are passed as null pointers: they must not be read */
+    if (separate) {
+        int32_t* pnc = iscalar(c, "NELEMC", nelemc);
+        CALL(c, STERRORDLLDOTNET1(sige, piel, ietyp, pne, gpos, NULL, pnt, tnode, play, zlay, pnl, conn,
+                                  errn, errt, prop, wdet, sigs, erre, pic, pns, NULL, pnm, pim, pnc));
+    } else {
+        CALL(c, STERRORDLLDOTNET(sige, piel, ietyp, pne, gpos, NULL, pnt, tnode, play, zlay, pnl, conn,
+                                 errn, errt, prop, wdet, sigs, erre, pic, pns, NULL, pnm, pim));
+    }
+}
+static void d_sterror(Rng* r, Call* c, int64_t i, int v) { (void)i; (void)v; drive_error_estimate(r, c, 0); }
+static void d_sterror1(Rng* r, Call* c, int64_t i, int v) { (void)i; (void)v; drive_error_estimate(r, c, 1); }
+
+/* The result net on a small mesh of eight-node quadrilaterals, one or two
+ * levels of it (the second at a z on, inside or beyond the 0.001 band),
+ * a few elements mixing both levels, nodes on a grid whose plan distances
+ * meet the radius exactly, and now and then a NaN result or coordinate. */
+static void d_castnet(Rng* r, Call* c, int64_t i, int v) {
+    (void)i; (void)v;
+    static const int32_t slot[8][2] = {{0, 0}, {1, 0}, {2, 0}, {2, 1}, {2, 2}, {1, 2}, {0, 2}, {0, 1}};
+    static const float steps[] = {0.25f, 0.5f, 1.0f, 2.0f, 0.3f};
+    int32_t nx = irange(r, 1, 4), ny = irange(r, 1, 4), levels = chance(r, 60) ? 2 : 1;
+    int32_t cols = 2 * nx + 1, nl = cols * (2 * ny + 1), nnode = levels * nl, nquad = nx * ny;
+    int32_t nelem = levels * nquad + (levels == 2 ? irange(r, 0, 3) : 0);
+    int32_t ldcn = nelem + irange(r, 0, 2), ldmem = irange(r, 1, 6);
+    float h = steps[next(r) % 5];
+    float z0 = chance(r, 50) ? 0.0f : (float)irange(r, -3, 3) * 0.5f;
+    float dz;
+    switch (irange(r, 0, 5)) {
+        case 0: dz = 0.001f; break;
+        case 1: dz = bits_f(0x3A83126Fu - 1u); break; /* just below 0.001 */
+        case 2: dz = -0.001f; break;
+        case 3: dz = 0.0005f; break;
+        case 4: dz = 3.0f; break;
+        default: dz = 0.0f; break;
+    }
+    int32_t *pnn = iscalar(c, "NNODE", nnode), *pne = iscalar(c, "NELEM", nelem);
+    float* xyz = FA(c, "XYZN", 3 * (int64_t)(nnode + 1));
+    for (int32_t q = 0; q <= nnode; ++q) {
+        int32_t local = q == 0 ? 0 : (q - 1) % nl, lev = q == 0 ? 0 : (q - 1) / nl;
+        float x = (float)(local % cols) * h, y = (float)(local / cols) * h, z = lev ? z0 + dz : z0;
+        if (chance(r, 10)) x += uniform(r, -0.1f, 0.1f) * h;
+        if (chance(r, 5)) z += chance(r, 50) ? 0.001f : uniform(r, -0.002f, 0.002f);
+        if (chance(r, 2)) { if (chance(r, 50)) x = nonfinite_f(r); else z = nonfinite_f(r); }
+        xyz[q] = x;
+        xyz[q + (nnode + 1)] = y;
+        xyz[q + 2 * (nnode + 1)] = z;
+    }
+    int32_t* ielnod = IA(c, "IELNOD", 9 * (int64_t)(ldcn + 1));
+    for (int64_t x = 0; x < 9 * (int64_t)(ldcn + 1); ++x) ielnod[x] = irange(r, -nnode, nnode);
+    for (int32_t e = 1; e <= nelem; ++e) {
+        int32_t lev = (e - 1) / nquad, local = (e - 1) % nquad;
+        for (int32_t s = 1; s <= 8; ++s) {
+            int32_t q;
+            if (lev < levels) { /* the quadrilateral's own nodes */
+                int32_t a = 2 * (local % nx) + slot[s - 1][0], b = 2 * (local / nx) + slot[s - 1][1];
+                q = 1 + lev * nl + a + b * cols;
+            } else { /* mixing the levels */
+                q = irange(r, 1, nnode);
+            }
+            if (chance(r, 5)) q = 0;              /* an empty slot */
+            else if (chance(r, 15)) q = -q;       /* sign ignored */
+            ielnod[e + s * (ldcn + 1)] = q;
+        }
+    }
+    /* node-to-element records, as many elements as fit */
+    int64_t lm = (int64_t)(ldmem + 1) * (nnode + 1);
+    int32_t* nodmem = IA(c, "NODMEM", lm);
+    for (int64_t x = 0; x < lm; ++x) nodmem[x] = irange(r, 1, nelem);
+    for (int32_t q = 0; q <= nnode; ++q) nodmem[q * (ldmem + 1)] = 0;
+    int backwards = chance(r, 30);
+    for (int32_t k = 1; k <= nelem; ++k) {
+        int32_t e = backwards ? nelem + 1 - k : k;
+        for (int32_t s = 1; s <= 8; ++s) {
+            int32_t q = ielnod[e + s * (ldcn + 1)];
+            if (q < 0) q = -q;
+            int32_t* rec = nodmem + (int64_t)q * (ldmem + 1);
+            if (q == 0 || rec[0] >= ldmem) continue;
+            int dup = 0;
+            for (int32_t t = 1; t <= rec[0]; ++t) dup |= rec[t] == e;
+            if (!dup) rec[++rec[0]] = e;
+        }
+    }
+    int32_t nstart = irange(r, 1, nnode);
+    if (chance(r, 5)) nodmem[nstart * (ldmem + 1)] = irange(r, -1, 0); /* a start without elements */
+    int32_t ncomp = irange(r, 1, 4), icomp = irange(r, 0, ncomp - 1), icase = irange(r, 0, 2);
+    int32_t ldres = icomp + ncomp * (nnode - 1) + 1 + irange(r, 0, 3);
+    int64_t lr = (int64_t)icase * (ldres + 1) + icomp + (int64_t)ncomp * (nnode - 1) + 2;
+    float* res = FA(c, "RES", lr);
+    int negative = chance(r, 15), grid = chance(r, 30);
+    for (int64_t x = 0; x < lr; ++x) {
+        float val = grid ? (float)irange(r, -5, 5) : uniform(r, -100, 100); /* ties between values */
+        if (negative) val = -(float)irange(r, 1, 50) * 0.5f;
+        res[x] = chance(r, 2) ? nonfinite_f(r) : val;
+    }
+    float rad;
+    switch (irange(r, 0, 7)) {
+        case 0: rad = 0.0f; break;
+        case 1: rad = h * (float)irange(r, 1, 4); break; /* on grid distances */
+        case 2: rad = 5.0f * h; break;                   /* 3-4-5 */
+        case 3: rad = bits_f(0x7F800000u); break;
+        case 4: rad = chance(r, 50) ? nan_f(r) : -h; break;
+        case 5: rad = 1e30f; break;
+        default: rad = uniform(r, 0, 6) * h; break;
+    }
+    float* peak = fguarded(r, c, "PEAK", bits_f((uint32_t)next(r)));
+    int32_t *pic = iscalar(c, "ICASE", icase), *pio = iscalar(c, "ICOMP", icomp), *pnc = iscalar(c, "NCOMP", ncomp);
+    float* prad = fscalar(c, "RADIUS", rad);
+    int32_t* pst = iscalar(c, "NSTART", nstart);
+    float *vhigh = fguarded(r, c, "VHIGH", bits_f((uint32_t)next(r))), *vlow = fguarded(r, c, "VLOW", bits_f((uint32_t)next(r)));
+    float* vavg = fguarded(r, c, "VAVG", bits_f((uint32_t)next(r)));
+    int32_t *plm = iscalar(c, "LDMEM", ldmem), *plc = iscalar(c, "LDCN", ldcn), *plr = iscalar(c, "LDRES", ldres);
+    CALL(c, CASTNETFMDOTNET(peak, res, pic, pio, pnc, pnn, xyz, prad, pst, vhigh, vlow, nodmem, pne, plm,
+                            plc, ielnod, vavg, plr));
+}
+
+/* Members and nodes near a peak. Every sixteenth call lists well over 512
+ * distinct nodes, revisiting earlier members' nodes, so that the ring of
+ * the last variant wraps and lists some of them again. */
+static void drive_peak(Rng* r, Call* c, int64_t i, int which) {
+    int big = i % 16 == 5;
+    int32_t nmem = big ? irange(r, 30, 60) : (chance(r, 5) ? irange(r, -1, 0) : irange(r, 1, 12));
+    int32_t ldxyz = big ? irange(r, 700, 3000) : irange(r, 1, 40), maxc = big ? 40 : 8;
+    int32_t rows = nmem + 1 > 0 ? nmem + 1 : 0;
+    int32_t igrp = irange(r, -1, 2);
+    int32_t* pnm = iscalar(c, "NMEM", nmem);
+    int32_t* memtab = IA(c, "MEMTAB", 3 * (int64_t)rows);
+    int32_t* memgrp = IA(c, "MEMGRP", rows);
+    int32_t* memnod = IA(c, "MEMNOD", (int64_t)(1 + maxc) * rows);
+    int64_t slots = 0;
+    for (int32_t j = 0; j < rows; ++j) {
+        memtab[j] = irange(r, -9, 9);
+        memtab[rows + j] = chance(r, big ? 95 : 75) ? 1 : irange(r, -1, 2); /* inactive ones */
+        memtab[2 * rows + j] = chance(r, 5) ? irange(r, -1, 0) : irange(r, big ? 20 : 1, maxc);
+        memgrp[j] = chance(r, big ? 95 : 70) ? igrp + 1 : irange(r, -1, 4);
+        for (int32_t k = 0; k <= maxc; ++k) {
+            int32_t n = chance(r, 2) ? 0 : irange(r, 1, ldxyz);
+            if (big && j > 1 && k > 0 && chance(r, 30)) /* a node of an earlier member */
+                n = memnod[irange(r, 1, maxc) * rows + irange(r, 1, j - 1)];
+            memnod[k * rows + j] = n;
+        }
+        if (j > 0 && memtab[2 * rows + j] > 0) slots += memtab[2 * rows + j];
+    }
+    float* xyz = FA(c, "XYZN", 3 * (int64_t)(ldxyz + 1));
+    float s = chance(r, 50) ? 1.0f : (chance(r, 50) ? 0.5f : 0.1f);
+    int32_t span = big ? 30 : 5;
+    for (int32_t n = 0; n <= ldxyz; ++n)
+        for (int d = 0; d < 3; ++d) /* a grid: distances such as 3-4-5 meet the radius exactly */
+            xyz[n + d * (ldxyz + 1)] = chance(r, 1) ? nonfinite_f(r) : (float)irange(r, -span, span) * s;
+    int32_t ipeak = chance(r, 2) ? 0 : irange(r, 1, ldxyz);
+    float rad;
+    switch (irange(r, 0, 7)) {
+        case 0: rad = (float)irange(r, 0, 6) * s; break;
+        case 1: rad = 5.0f * s; break;
+        case 2: rad = bits_f(0x7F800000u); break;
+        case 3: rad = chance(r, 50) ? nan_f(r) : -s; break;
+        case 4: rad = big ? 1e30f : 0.0f; break;
+        default: rad = uniform(r, 0, (float)span * 2.0f) * s; break;
+    }
+    if (big && chance(r, 70)) rad = 1e30f;
+    int32_t *pip = iscalar(c, "IPEAK", ipeak);
+    float* prad = fscalar(c, "RAD", rad);
+    int32_t nmfnd = chance(r, 50) ? 0 : irange(r, 1, 10), nnfnd = chance(r, 50) ? 0 : irange(r, 1, 10);
+    int32_t* pmf = iguarded(r, c, "NMFND", nmfnd); /* continued counters */
+    int32_t* mfnd = IG(r, c, "MFND", nmfnd + (nmem > 0 ? nmem : 0) + 1);
+    int32_t* pnf = iguarded(r, c, "NNFND", nnfnd);
+    int32_t* nfnd = IG(r, c, "NFND", nnfnd + slots + 1);
+    int32_t *pld = iscalar(c, "LDXYZ", ldxyz), *pig = iscalar(c, "IGRP", igrp);
+    if (which == 0)
+        CALL(c, GETPEAKMEMNODESDOTNET(pnm, memtab, memgrp, memnod, xyz, pip, prad, pmf, mfnd, pnf, nfnd, pld, pig));
+    else if (which == 1)
+        CALL(c, GETPEAKMEMNODESDOTNET1(pnm, memtab, memgrp, memnod, xyz, pip, prad, pmf, mfnd, pnf, nfnd, pld, pig));
+    else
+        CALL(c, GETPEAKMEMNODESDOTNET2(pnm, memtab, memgrp, memnod, xyz, pip, prad, pmf, mfnd, pnf, nfnd, pld, pig));
+}
+static void d_peak(Rng* r, Call* c, int64_t i, int v) { (void)v; drive_peak(r, c, i, 0); }
+static void d_peak1(Rng* r, Call* c, int64_t i, int v) { (void)v; drive_peak(r, c, i, 1); }
+static void d_peak2(Rng* r, Call* c, int64_t i, int v) { (void)v; drive_peak(r, c, i, 2); }
+
+/* A normalised corner value: on a band limit, within 1e-6 of one or just
+ * beyond, inside a band, outside the limits, or not finite. */
+static float band_value(Rng* r, const float* lim, int32_t nbnd, int32_t home, float previous) {
+    int32_t k = chance(r, 75) ? home + irange(r, -1, 1) : irange(r, 0, nbnd); /* mostly near home */
+    float l = lim[k < 0 ? 0 : (k > nbnd ? nbnd : k)];
+    switch (irange(r, 0, 9)) {
+        case 0: return l;
+        case 1: return l + uniform(r, -1e-6f, 1e-6f);
+        case 2: return l + (chance(r, 50) ? 1e-6f : -1e-6f);
+        case 3: return l + (chance(r, 50) ? 1.1e-6f : -1.1e-6f);
+        case 4: return previous;
+        case 5: return chance(r, 50) ? uniform(r, -0.5f, 1.5f) : uniform(r, -5, 5);
+        case 6: return chance(r, 20) ? nonfinite_f(r) : l + uniform(r, -0.05f, 0.05f);
+        default: return l + uniform(r, -0.2f, 0.2f);
+    }
+}
+
+/* Colour bands with corner values on and beside the limits, 4, 8 and other
+ * corner counts, both forced modes with corners on the tolerances and the
+ * value range, and degenerate or non-finite scales. */
+static void d_colour(Rng* r, Call* c, int64_t i, int v) {
+    (void)i; (void)v;
+    int32_t nbnd = chance(r, 3) ? 0 : irange(r, 1, 10);
+    int32_t ncorn = chance(r, 40) ? 4 : (chance(r, 67) ? 8 : irange(r, 1, 12));
+    int32_t* ncolr = iguarded(r, c, "NCOLR", (int32_t)next(r));
+    float* lim = FG(r, c, "BNDLIM", nbnd + 1);
+    if (chance(r, 50)) { /* even bands of the unit range */
+        for (int32_t k = 0; k <= nbnd; ++k) lim[k] = (float)k / (float)(nbnd > 0 ? nbnd : 1);
+    } else {
+        lim[0] = uniform(r, -0.2f, 0.1f);
+        for (int32_t k = 1; k <= nbnd; ++k) lim[k] = lim[k - 1] + (chance(r, 5) ? 0.0f : uniform(r, 0.01f, 0.4f));
+    }
+    float vmin = 0.0f, vmax = 1.0f; /* the unit scale keeps the values as chosen */
+    if (chance(r, 50)) {
+        vmin = uniform(r, -100, 100);
+        vmax = vmin + uniform(r, 0.1f, 200);
+        if (chance(r, 5)) { float t = vmin; vmin = vmax; vmax = t; }
+    }
+    if (chance(r, 7)) vmax = vmin;
+    if (chance(r, 2)) vmin = nonfinite_f(r);
+    float* vcorn = FG(r, c, "VCORN", ncorn + 1);
+    float t = uniform(r, 0, 1);
+    int32_t home = irange(r, 0, nbnd);
+    for (int32_t k = 1; k <= ncorn; ++k) {
+        t = band_value(r, lim, nbnd, home, t);
+        vcorn[k] = vmin + t * (vmax - vmin);
+    }
+    int32_t* ibinit = iguarded(r, c, "IBINIT", chance(r, 60) ? 0 : irange(r, -1, nbnd + 1));
+    int32_t *pnc = iscalar(c, "NCORN", ncorn), *pnb = iscalar(c, "NBND", nbnd);
+    float *pvmin = fscalar(c, "VMIN", vmin), *pvmax = fscalar(c, "VMAX", vmax);
+    /* corners 1..4 are always read, and other counts read positions 0 and
+     * NCORN + 1: those hold bands as a host's array might */
+    int32_t lb = ncorn + 2 > 5 ? ncorn + 2 : 5;
+    int32_t* iband = IG(r, c, "IBAND", lb);
+    for (int32_t k = 0; k < lb; ++k) iband[k] = irange(r, -nbnd - 1, nbnd + 1);
+    int32_t* isplit = iguarded(r, c, "ISPLIT", irange(r, -2, 2));
+    int32_t mode;
+    switch (irange(r, 0, 9)) {
+        case 0: case 1: case 2: mode = -999; break;
+        case 3: case 4: mode = 1; break;
+        case 5: mode = chance(r, 50) ? irange(r, 2, 5) : 2147483647; break;
+        case 6: mode = irange(r, -1000, -998); break;
+        default: mode = chance(r, 50) ? 0 : irange(r, -5, -1); break;
+    }
+    int32_t ldrf = irange(r, 0, 3), irefa = irange(r, 0, ldrf), irefb = irange(r, 0, ldrf);
+    int32_t ldxc = ncorn + irange(r, 0, 2);
+    float* xyzr = FG(r, c, "XYZR", 3 * (int64_t)(ldrf + 1));
+    for (int32_t p = 0; p < 3 * (ldrf + 1); ++p) xyzr[p] = (float)irange(r, -4, 4);
+    float tol;
+    switch (irange(r, 0, 6)) {
+        case 0: tol = 0.5f; break;
+        case 1: tol = 0.25f; break;
+        case 2: tol = 0.0f; break;
+        case 3: tol = chance(r, 30) ? nonfinite_f(r) : 1e30f; break;
+        default: tol = uniform(r, 0, 2); break;
+    }
+    float* xyzc = FG(r, c, "XYZC", 3 * (int64_t)(ldxc + 1));
+    int32_t ref = mode == -999 ? irefa : irefb;
+    for (int32_t k = 0; k <= ldxc; ++k) {
+        /* along an axis from the reference point: at the tolerance, at 1.25
+         * of it (the mean test's limit), inside, or anywhere */
+        int axis = irange(r, 0, 2);
+        float off;
+        switch (irange(r, 0, 4)) {
+            case 0: off = tol; break;
+            case 1: off = 1.25f * tol; break;
+            case 2: off = uniform(r, 0, 1) * tol; break;
+            case 3: off = 0.0f; break;
+            default: off = uniform(r, -4, 4); break;
+        }
+        if (chance(r, 50)) off = -off;
+        for (int d = 0; d < 3; ++d)
+            xyzc[d * (ldxc + 1) + k] = xyzr[d * (ldrf + 1) + ref] + (d == axis ? off : 0.0f);
+        if (chance(r, 1)) xyzc[irange(r, 0, 2) * (ldxc + 1) + k] = nonfinite_f(r);
+    }
+    /* the value range closed on corner values, either way round */
+    float lo = vcorn[irange(r, 1, ncorn)], hi = vcorn[irange(r, 1, ncorn)];
+    for (int32_t k = 1; k <= ncorn; ++k) {
+        if (chance(r, 30) && vcorn[k] < lo) lo = vcorn[k];
+        if (chance(r, 30) && vcorn[k] > hi) hi = vcorn[k];
+    }
+    if (chance(r, 50)) { float x = lo; lo = hi; hi = x; }
+    if (chance(r, 10)) lo = uniform(r, -100, 100);
+    if (chance(r, 3)) hi = nan_f(r);
+    int32_t *pmode = iscalar(c, "MODE", mode), *pfix = iscalar(c, "IBFIX", irange(r, -2, nbnd + 2));
+    int32_t* pra = iscalar(c, "IREFA", irefa);
+    float *pvlo = fscalar(c, "VLO", lo), *pvhi = fscalar(c, "VHI", hi);
+    int32_t *prb = iscalar(c, "IREFB", irefb), *plr = iscalar(c, "LDRF", ldrf), *plx = iscalar(c, "LDXC", ldxc);
+    float* ptol = fscalar(c, "TOL", tol);
+    int32_t* ibraw = IG(r, c, "IBRAW", ncorn + 1);
+    CALL(c, CHECKNUMCOLOURDOTNET(ncolr, lim, vcorn, ibinit, pnc, pvmin, pvmax, pnb, iband, isplit, pmode,
+                                 pfix, pra, pvlo, pvhi, xyzc, prb, plr, plx, ptol, xyzr, ibraw));
+}
+
+static int32_t panel_kind(Rng* r) {
+    static const int32_t kinds[] = {1, 2, 3, 4, 6, 1, 3, 4, 6, 5, 0, 7, -1};
+    return kinds[next(r) % (sizeof kinds / sizeof kinds[0])];
+}
+
+/* A reference coordinate: the nodes of the kinds, grid points, inside,
+ * beyond the element, or awkward. */
+static float reference_coordinate(Rng* r) {
+    static const float nodes[] = {-1.0f, 0.0f, 1.0f, 0.5f, 1.0f / 3.0f, -0.774596669f, 0.774596669f};
+    switch (irange(r, 0, 7)) {
+        case 0: case 1: return nodes[next(r) % 7];
+        case 2: return (float)irange(r, -16, 16) * 0.125f;
+        case 3: return uniform(r, -3, 3);
+        case 4: return awkward(r, chance(r, 30));
+        default: return uniform(r, -1, 1);
+    }
+}
+
+static void d_sfr1(Rng* r, Call* c, int64_t i, int v) {
+    (void)i; (void)v;
+    float* shp = FG(r, c, "SHP", 40);
+    float *xi = fscalar(c, "XI", reference_coordinate(r)), *eta = fscalar(c, "ETA", reference_coordinate(r));
+    int32_t* nt = iscalar(c, "NTYPE", panel_kind(r));
+    CALL(c, SFR1DLLDOTNET(shp, xi, eta, nt));
+}
+
+/* A curved panel, cells of a grid over it (or beyond it) with huge and
+ * tiny sides, NaN in the rows no kind reads and, now and then, in the rows
+ * a kind multiplies by zero. */
+static void d_subdivide(Rng* r, Call* c, int64_t i, int v) {
+    (void)i; (void)v;
+    static const float quad[8][2] = {{-1, -1}, {0, -1}, {1, -1}, {1, 0}, {1, 1}, {0, 1}, {-1, 1}, {-1, 0}};
+    int32_t kind = panel_kind(r);
+    int32_t used = kind == 3 || kind == 4 ? 6 : (kind == 6 ? 3 : 8);
+    float* xyz = FA(c, "XYZ", 30);
+    float* nodval = FA(c, "NODVAL", 10);
+    float scale = chance(r, 10) ? bits_f((uint32_t)irange(r, 60, 190) << 23) : uniform(r, 0.5f, 20);
+    for (int32_t n = 1; n <= 8; ++n) {
+        xyz[n] = (quad[n - 1][0] + uniform(r, -0.2f, 0.2f)) * scale;
+        xyz[n + 10] = (quad[n - 1][1] + uniform(r, -0.2f, 0.2f)) * scale;
+        xyz[n + 20] = uniform(r, -0.3f, 0.3f) * scale; /* curved */
+        nodval[n] = chance(r, 3) ? awkward(r, 0) : uniform(r, -50, 50);
+    }
+    for (int d = 0; d < 3; ++d) { /* rows 0 and 9 are never read */
+        xyz[d * 10] = nan_f(r);
+        xyz[d * 10 + 9] = nan_f(r);
+    }
+    nodval[0] = nan_f(r);
+    nodval[9] = nan_f(r);
+    if (used < 8 && chance(r, 25)) { /* a NaN in a row multiplied by zero */
+        int32_t n = irange(r, used + 1, 8);
+        if (chance(r, 50)) xyz[n + 10 * irange(r, 0, 2)] = nan_f(r);
+        else nodval[n] = nan_f(r);
+    }
+    float* pts = FG(r, c, "PTS", 15);
+    float* vals = FG(r, c, "VALS", 5);
+    int32_t cells = irange(r, 1, 8);
+    float delta = 2.0f / (float)cells, lo = -1.0f;
+    if (kind == 3 || kind == 6) { delta = 1.0f / (float)cells; lo = 0.0f; }
+    int32_t ci = irange(r, 0, cells - 1), cj = irange(r, 0, cells - 1);
+    if (chance(r, 15)) { ci = irange(r, -3, cells + 2); cj = irange(r, -3, cells + 2); } /* outside */
+    float xi = lo + (float)ci * delta, eta = lo + (float)cj * delta;
+    switch (irange(r, 0, 9)) {
+        case 0: delta = bits_f((uint32_t)irange(r, 200, 254) << 23); break; /* huge */
+        case 1: delta = bits_f((uint32_t)irange(r, 1, 60) << 23); break;    /* tiny */
+        case 2: delta = bits_f((uint32_t)next(r) & 0x807FFFFFu); break;     /* subnormal or zero */
+        case 3: delta = -delta; break;
+        case 4: xi = reference_coordinate(r); eta = reference_coordinate(r); break;
+        case 5: if (chance(r, 20)) delta = nonfinite_f(r); break;
+        default: break;
+    }
+    float *peta = fscalar(c, "ETA", eta), *pxi = fscalar(c, "XI", xi), *pd = fscalar(c, "DELTA", delta);
+    int32_t* nt = iscalar(c, "NTYPE", kind);
+    CALL(c, SUBDIVIDEPANELDLLDOTNET(xyz, pts, vals, peta, pxi, pd, nt, nodval));
+}
+
 /* ---- the routines and their drivers ----------------------------------------- */
 
 typedef struct {
@@ -1421,6 +1915,15 @@ static const Routine routines[] = {
     {"CHECKNEWTRIANG", d_checknewtriang, 50000, -1, 0},
     {"GETELEMENTVERTICES", d_getvertices, 20000, -1, 0},
     {"GETNEARNODES", d_getnearnodes, 50000, -1, 0},
+    {"STERRORDLLDOTNET", d_sterror, 30000, -1, 0},
+    {"STERRORDLLDOTNET1", d_sterror1, 30000, -1, 0},
+    {"CASTNETFMDOTNET", d_castnet, 30000, -1, 0},
+    {"GETPEAKMEMNODESDOTNET", d_peak, 20000, -1, 0},
+    {"GETPEAKMEMNODESDOTNET1", d_peak1, 20000, -1, 0},
+    {"GETPEAKMEMNODESDOTNET2", d_peak2, 20000, -1, 0},
+    {"CHECKNUMCOLOURDOTNET", d_colour, 100000, -1, 0},
+    {"SFR1DLLDOTNET", d_sfr1, 100000, -1, 0},
+    {"SUBDIVIDEPANELDLLDOTNET", d_subdivide, 100000, -1, 0},
 };
 #define NROUTINES ((int)(sizeof routines / sizeof routines[0]))
 
