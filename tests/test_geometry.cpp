@@ -82,24 +82,31 @@ TEST(Orientation, SignsExactZerosLaterStagesAndNaN) {
     // only the exact expansion settles.
     EXPECT_EQ(orient(pt(0, 0), pt(1, 1), pt(2, 2)), 0);
     EXPECT_EQ(orient(pt(.1, .1), pt(.2, .2), pt(.7, .7)), 0);
-    // Points a few ulps off y = 0.3 x + 0.1. Each returns from its own stage: the
-    // next stage would give another value (stage B keeps the determinant of the
-    // rounded differences, exact is 0x1.bccp-53; stage D gives 0x1.ed76666666667p-51
-    // for the second; stage C -0x1p-106 for the third, whose exact value it is).
-    const std::array<Pt, 3> near[] = {
-        {pt(0x1.d90cccccccccdp+1, 0x1.356e147ae147cp+0), pt(0x1.0b5999999999ap+0, 0x1.a73851eb851e9p-2),
-         pt(0x1.6a0cccccccccdp+1, 0x1.e5a8f5c28f5c3p-1)},
-        {pt(0x1.092cccccccccdp+1, 0x1.7168f5c28f5c2p-1), pt(0x1.0356666666666p+2, 0x1.50ce147ae147cp+0),
-         pt(0x1.aa66666666666p-2, 0x1.cca3d70a3d709p-3)},
-        {pt(0x1.2c4cccccccccdp+1, 0x1.9b8f5c28f5c27p-1), pt(0x1.864cccccccccdp+1, 0x1.03c7ae147ae13p+0),
-         pt(0x1.78ccccccccccdp-3, 0x1.3dd70a3d70a41p-3)}};
+    // Points a few ulps off y = 0.3 x + 0.1, each returning from its own stage
+    // with a value the next stage would change: stage B keeps the determinant of
+    // the rounded differences (exact: 0x1.bccp-53); stage D would give
+    // 0x1.ed76666666667p-51 for the second; the third is exact only in stage D.
+    const std::array<Pt, 3> near[] = {{pt(0x1.d90cccccccccdp+1, 0x1.356e147ae147cp+0),
+                                          pt(0x1.0b5999999999ap+0, 0x1.a73851eb851e9p-2),
+                                          pt(0x1.6a0cccccccccdp+1, 0x1.e5a8f5c28f5c3p-1)},
+                                         {pt(0x1.092cccccccccdp+1, 0x1.7168f5c28f5c2p-1),
+                                          pt(0x1.0356666666666p+2, 0x1.50ce147ae147cp+0),
+                                          pt(0x1.aa66666666666p-2, 0x1.cca3d70a3d709p-3)},
+                                         {pt(0x1.2c4cccccccccdp+1, 0x1.9b8f5c28f5c27p-1),
+                                          pt(0x1.864cccccccccdp+1, 0x1.03c7ae147ae13p+0),
+                                          pt(0x1.78ccccccccccdp-3, 0x1.3dd70a3d70a41p-3)}};
     const double want[] = {0x1.15ep-52, 0x1.ed76666666666p-51, -0x1.8p-107};
     for (int i = 0; i < 3; ++i) EXPECT_EQ(orient(near[i][0], near[i][1], near[i][2]), want[i]) << i;
-    // The third case with bounds that stop it in stage A (its plain determinant is
-    // 0), B, C, or C's bound raised by RESULTERRBOUND: each constant is read.
-    const std::pair<Bounds, double> forced[] = {{{0, 1, 1, 1}, 0}, {{1, 0, 1, 1}, -0x1.56p-55},
-        {{1, 1, 0, 0}, -0x1p-106}, {{1, 1, 0, 1}, -0x1.8p-107}};
-    for (const auto& [k, w] : forced) EXPECT_EQ(orient(near[2][0], near[2][1], near[2][2], k), w);
+    // Bounds that stop the third case in stage A (its plain determinant is 0), B,
+    // C, or not in C once RESULTERRBOUND raises its bound; the first case exactly
+    // at stage B's bound (not strict), then one ulp below it.
+    const double atB = 0x1.2b53d75b85774p-52;
+    const std::tuple<int, Bounds, double> forced[] = {{2, {0, 1, 1, 1}, 0},
+        {2, {1, 0, 1, 1}, -0x1.56p-55}, {2, {1, 1, 0, 0}, -0x1p-106},
+        {2, {1, 1, 0, 1}, -0x1.8p-107}, {0, {1, atB, 1, 1}, 0x1.15ep-52},
+        {0, {1, std::nextafter(atB, 1.), 1, 1}, 0x1.bccp-53}};
+    for (const auto& [i, k, w] : forced)
+        EXPECT_EQ(orient(near[i][0], near[i][1], near[i][2], k), w) << i;
     for (int i = 0; i < 6; ++i) {  // NaN in any coordinate
         std::array<Pt, 3> p = near[0];
         p[i / 2][i % 2] = kNaND;
@@ -114,9 +121,10 @@ TEST(ElementVertices, FromKfirstThroughTheTablesLastRowElementAfterElement) {
         {2, 0, 2, {1, 2, 101, 102, 201, 202}}, {0, 0, 1, {1}}, {3, 4, 2, {}}, {3, 1, 0, {}},
         {3, 1, -2, {}}};
     for (const Case& c : cases) {
-        Ints tab(std::size_t(c.nlast + 1) * (std::max(c.nv, 0) + 1), -5), verts(12, -7), want = c.want;
-        for (int k = 0; k <= c.nlast; ++k)
-            for (int j = 1; j <= c.nv; ++j) tab[std::size_t(k + (j - 1) * (c.nlast + 1))] = 100 * k + j;
+        const int rows = c.nlast + 1;
+        Ints tab(std::size_t(rows * (std::max(c.nv, 0) + 1)), -5), verts(12, -7), want = c.want;
+        for (int k = 0; k < rows; ++k)
+            for (int j = 1; j <= c.nv; ++j) tab[std::size_t(k + (j - 1) * rows)] = 100 * k + j;
         GETELEMENTVERTICES(verts.data(), tab.data(), nullptr, &c.nlast, nullptr, &c.kfirst, &c.nv);
         want.resize(12, -7);
         EXPECT_EQ(verts, want) << c.nlast << " " << c.kfirst << " " << c.nv;
@@ -126,17 +134,18 @@ TEST(ElementVertices, FromKfirstThroughTheTablesLastRowElementAfterElement) {
 TEST(TriangleAcceptance, CandidatesOnASquareMeshFront) {
     // Square 0..4, nodes 1..8 counter-clockwise from the origin every 2; a front
     // edge at y = 2.5 held both ways (rows 0 and 9); a short constraint 12-13 at
-    // y = 1; a dangling edge 11-9; last, the chord 1-3 through node 2. Rows from
-    // NEDGE and nodes from 14 are garbage: the line 14-15 cuts every triangle.
-    const double xy[][2] = {{0, 0}, {2, 0}, {4, 0}, {4, 2}, {4, 4}, {2, 4}, {0, 4}, {0, 2}, {1, 2.5},
-        {3, 2.5}, {1, 1.5}, {1.875, 1}, {2.125, 1}, {-10, .75}, {10, .75}, {-7, 9}, {9, -7}};
+    // y = 1; dangling edges 9-11 and 4-14; the chord 1-3 through node 2. Rows from
+    // NEDGE and nodes from 15 are garbage: the line 15-16 cuts every triangle.
+    const double xy[][2] = {{0, 0}, {2, 0}, {4, 0}, {4, 2}, {4, 4}, {2, 4}, {0, 4}, {0, 2},
+        {1, 2.5}, {3, 2.5}, {1, 1.5}, {1.875, 1}, {2.125, 1}, {3.5, 2.5}, {-10, .75}, {10, .75},
+        {-7, 9}, {9, -7}};
     const int32_t rows[][2] = {{10, 9}, {1, 2}, {2, 3}, {3, 4}, {4, 5}, {5, 6}, {6, 7}, {7, 8},
-        {8, 1}, {9, 10}, {12, 13}, {11, 9}, {1, 3}, {14, 15}, {15, 14}, {16, 17}};
-    int32_t lde = 15, ldn = 16;
-    std::vector<double> nodes(3 * 17, kNaND);
-    Ints edges(2 * 16);
-    for (int n = 0; n < 17; ++n) nodes[n] = xy[n][0], nodes[n + 17] = xy[n][1];
-    for (int k = 0; k < 16; ++k) edges[k] = rows[k][0], edges[k + 16] = rows[k][1];
+        {8, 1}, {9, 10}, {12, 13}, {9, 11}, {1, 3}, {4, 14}, {15, 16}, {16, 15}, {17, 18}};
+    int32_t lde = 16, ldn = 17;
+    std::vector<double> nodes(3 * 18, kNaND);
+    Ints edges(2 * 17);
+    for (int n = 0; n < 18; ++n) nodes[n] = xy[n][0], nodes[n + 18] = xy[n][1];
+    for (int k = 0; k < 17; ++k) edges[k] = rows[k][0], edges[k + 17] = rows[k][1];
     struct Case { int32_t iedge, nodex; double px, py; int32_t nedge; double ontol; int32_t want; };
     const double on = 1e-9;
     const Case cases[] = {
@@ -146,10 +155,12 @@ TEST(TriangleAcceptance, CandidatesOnASquareMeshFront) {
         {0, 0, 2, .5, 12, on, 2}, {9, 0, 2, .5, 12, on, 1},  // 12, 13 inside; clockwise
         {0, 0, 2, .5, 1, on, 1},           // only the base edge
         {12, 0, 3, .5, 13, on, 2}, {12, 0, 3, .5, 13, 0, 1},  // node 2 on the base
+        {12, 2, 3, .5, 13, on, 1},         // NODEX need not be the apex: node 2 is left out
+        {3, 0, 3, 3, 14, on, 2}, {3, 0, 3, 3, 14, 0, 1},  // node 14 on side b-P
         {1, 0, 3.75, 3.125, 9, 0, 2},      // node 10 on P-a: S = 0 along row 0
         {1, 0, 1, 2.5, 9, on, 2},          // P at node 9: S = 1, T = 0
         {1, 9, 1, 2.5, 9, on, 1},          // ... as node 9 itself: no crossing test on row 0
-        {1, 9, 1, 2.5, 12, on, 2}};        // ... but node 11 of edge 11-9 lies inside
+        {1, 9, 1, 2.5, 12, on, 2}};        // ... but node 11 of edge 9-11 lies inside
     const double lentol = 1e-9, partol = 1e-9;
     for (const Case& c : cases) {
         const Pt p = pt(c.px, c.py);
@@ -175,10 +186,11 @@ TEST(NearNodes, LeftOfTheBaseNearestOnceSortedAndCountedAsTheSortLeavesThem) {
     // of the farthest), 5 replaces 8 (the first again) and 12 ties with 9 and is
     // dropped. The sort moves 3 first but leaves its own distance 2 in front, so
     // the stored distances run 2, 3, 5, 5: RADIUS 3 counts 2 where the true
-    // distances 1, 2, 3, 5 would count 3.
+    // distances 1, 2, 3, 5 would count 3. With two places, 3 replaces 7 and only
+    // a rescan reaching the last entry lets 6 replace 8.
     struct Case { int32_t kmax, nrow; double radius; Ints want; int32_t within; };
     const Case cases[] = {{4, 4, 3, {3, 6, 5, 9}, 2}, {4, 4, .5, {3, 6, 5, 9}, 0},
-        {1, 4, 1, {3}, 1}, {7, 4, 5, {3, 6, 5, 7, 8, 9, 12}, 7},
+        {1, 4, 1, {3}, 1}, {2, 4, 2, {3, 6}, 2}, {7, 4, 5, {3, 6, 5, 7, 8, 9, 12}, 7},
         {9, 4, 10, {3, 6, 5, 7, 8, 9, 12, 10}, 8}, {4, 0, 1, {}, 0}};
     for (const Case& c : cases) {
         int32_t na = 1, nb = 2, ldt = 6, ldn = 15, ncol = 3, nwithin = -3, nnear = 0;
