@@ -94,17 +94,20 @@ TEST(Orientation, SignsExactZerosLaterStagesAndNaN) {
                                           pt(0x1.aa66666666666p-2, 0x1.cca3d70a3d709p-3)},
                                          {pt(0x1.2c4cccccccccdp+1, 0x1.9b8f5c28f5c27p-1),
                                           pt(0x1.864cccccccccdp+1, 0x1.03c7ae147ae13p+0),
-                                          pt(0x1.78ccccccccccdp-3, 0x1.3dd70a3d70a41p-3)}};
-    const double want[] = {0x1.15ep-52, 0x1.ed76666666666p-51, -0x1.8p-107};
-    for (int i = 0; i < 3; ++i) EXPECT_EQ(orient(near[i][0], near[i][1], near[i][2]), want[i]) << i;
+                                          pt(0x1.78ccccccccccdp-3, 0x1.3dd70a3d70a41p-3)},
+                                         {pt(4.4, -7.4), pt(9.4, 8), pt(-4.6, 9.9)}};
+    const double want[] = {0x1.15ep-52, 0x1.ed76666666666p-51, -0x1.8p-107, 0x1.c233333333334p+7};
+    for (int i = 0; i < 4; ++i) EXPECT_EQ(orient(near[i][0], near[i][1], near[i][2]), want[i]) << i;
     // Bounds that stop the third case in stage A (its plain determinant is 0), B,
     // C, or not in C once RESULTERRBOUND raises its bound; the first case exactly
-    // at stage B's bound (not strict), then one ulp below it.
+    // at stage B's bound (not strict), then one ulp below it; the well-separated
+    // fourth in stage B, whose sum of four components rounds otherwise.
     const double atB = 0x1.2b53d75b85774p-52;
     const std::tuple<int, Bounds, double> forced[] = {{2, {0, 1, 1, 1}, 0},
         {2, {1, 0, 1, 1}, -0x1.56p-55}, {2, {1, 1, 0, 0}, -0x1p-106},
         {2, {1, 1, 0, 1}, -0x1.8p-107}, {0, {1, atB, 1, 1}, 0x1.15ep-52},
-        {0, {1, std::nextafter(atB, 1.), 1, 1}, 0x1.bccp-53}};
+        {0, {1, std::nextafter(atB, 1.), 1, 1}, 0x1.bccp-53},
+        {3, {1, 0, 1, 1}, 0x1.c233333333333p+7}};
     for (const auto& [i, k, w] : forced)
         EXPECT_EQ(orient(near[i][0], near[i][1], near[i][2], k), w) << i;
     for (int i = 0; i < 6; ++i) {  // NaN in any coordinate
