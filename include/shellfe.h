@@ -534,7 +534,8 @@ SHELLFE_API void NORMALISEDCORDDOTNET(const int32_t* IEL, float* XI, float* ETA,
  * compatibility: the last stage merges expansion components in an order
  * that can, rarely, leave exactly collinear points with a tiny nonzero
  * result (far below the plain determinant's rounding error) instead of 0.
- * A NaN coordinate gives NaN.
+ * Where ORIENT2D's result is NaN (from a NaN or infinite coordinate), it is
+ * always the positive quiet NaN 0x7FF8000000000000.
  * ------------------------------------------------------------------------ */
 
 /* Distance of two points, sqrt((PB.x-PA.x)^2 + (PB.y-PA.y)^2), without

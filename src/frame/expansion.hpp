@@ -43,26 +43,34 @@ inline void two_diff(double a, double b, double& x, double& y) {
     y = two_diff_tail(a, b, x);
 }
 
-// a = hi + lo with both halves of at most 26 significant bits; `splitter`
-// is 2^27 + 1 for doubles.
-inline void split(double a, double splitter, double& hi, double& lo) {
+// A double and its two halves of at most 26 significant bits each,
+// a = hi + lo; `splitter` is 2^27 + 1 for doubles. A factor used in several
+// exact products is split once.
+struct Halves {
+    double whole;
+    double hi;
+    double lo;
+};
+
+inline Halves split(double a, double splitter) {
     const double c = splitter * a;
     const double abig = c - a;
-    hi = c - abig;
-    lo = a - hi;
+    const double hi = c - abig;
+    return {a, hi, a - hi};
 }
 
 // x + y = a * b exactly, x = fl(a * b) (Dekker's product: no fused
 // multiply-add, which not every CPU has).
+inline void two_product(const Halves& a, const Halves& b, double& x, double& y) {
+    x = a.whole * b.whole;
+    const double err1 = x - a.hi * b.hi;
+    const double err2 = err1 - a.lo * b.hi;
+    const double err3 = err2 - a.hi * b.lo;
+    y = a.lo * b.lo - err3;
+}
+
 inline void two_product(double a, double b, double splitter, double& x, double& y) {
-    x = a * b;
-    double ahi, alo, bhi, blo;
-    split(a, splitter, ahi, alo);
-    split(b, splitter, bhi, blo);
-    const double err1 = x - ahi * bhi;
-    const double err2 = err1 - alo * bhi;
-    const double err3 = err2 - ahi * blo;
-    y = alo * blo - err3;
+    two_product(split(a, splitter), split(b, splitter), x, y);
 }
 
 // (a1 + a0) - (b1 + b0) as the four-component expansion x[0..3].

@@ -4,16 +4,10 @@
 // vector kernels are tested against.
 #include "gemm.hpp"
 
-#include <bit>
-#include <cstdint>
+#include "frame/canonical_nan.hpp"
 
 namespace shellfe::gemm {
 namespace portable {
-
-template <class R>
-constexpr auto kCanonicalNan = std::uint32_t{0x7FC00000};
-template <>
-constexpr auto kCanonicalNan<double> = std::uint64_t{0x7FF8000000000000};
 
 template <class Real>
 struct Scalar {
@@ -26,9 +20,7 @@ struct Scalar {
     static R broadcast(const T* p) { return *p; }
     static R mul(R a, R b) { return a * b; }
     static R add(R a, R b) { return a + b; }
-    static R canonical_nan(R v) {
-        return v == v ? v : std::bit_cast<R>(kCanonicalNan<R>);
-    }
+    static R canonical_nan(R v) { return canonical(v); }
 };
 
 #include "gemm_tile.inc"

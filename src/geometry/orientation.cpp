@@ -14,9 +14,11 @@ double refine_orientation(Point2 a, Point2 b, Point2 c, double detsum, const Pre
 
     // Stage B: the determinant of the rounded differences, exactly.
     reached(2);
+    const Halves sacx = split(acx, k.splitter), sbcy = split(bcy, k.splitter);
+    const Halves sacy = split(acy, k.splitter), sbcx = split(bcx, k.splitter);
     double detleft, detlefttail, detright, detrighttail;
-    two_product(acx, bcy, k.splitter, detleft, detlefttail);
-    two_product(acy, bcx, k.splitter, detright, detrighttail);
+    two_product(sacx, sbcy, detleft, detlefttail);
+    two_product(sacy, sbcx, detright, detrighttail);
     double B[4];
     two_two_diff(detleft, detlefttail, detright, detrighttail, B);
     double det = estimate(4, B);
@@ -34,21 +36,24 @@ double refine_orientation(Point2 a, Point2 b, Point2 c, double detsum, const Pre
     det += (acx * bcytail + bcy * acxtail) - (acy * bcxtail + bcx * acytail);
     if (det >= bound_c || -det >= bound_c) return det;
 
-    // Stage D: the exact determinant as an expansion.
+    // Stage D: the exact determinant as an expansion. Every factor is split
+    // once, however many products it enters.
     reached(4);
+    const Halves sacxt = split(acxtail, k.splitter), sbcyt = split(bcytail, k.splitter);
+    const Halves sacyt = split(acytail, k.splitter), sbcxt = split(bcxtail, k.splitter);
     double u[4], C1[8], C2[12], D[16];
     // u = p * q - r * s, exactly.
-    const auto cross = [&](double p, double q, double r, double s) {
+    const auto cross = [&u](const Halves& p, const Halves& q, const Halves& r, const Halves& s) {
         double s1, s0, t1, t0;
-        two_product(p, q, k.splitter, s1, s0);
-        two_product(r, s, k.splitter, t1, t0);
+        two_product(p, q, s1, s0);
+        two_product(r, s, t1, t0);
         two_two_diff(s1, s0, t1, t0, u);
     };
-    cross(acxtail, bcy, acytail, bcx);
+    cross(sacxt, sbcy, sacyt, sbcx);
     const int c1len = expansion_sum(4, B, 4, u, C1);
-    cross(acx, bcytail, acy, bcxtail);
+    cross(sacx, sbcyt, sacy, sbcxt);
     const int c2len = expansion_sum(c1len, C1, 4, u, C2);
-    cross(acxtail, bcytail, acytail, bcxtail);
+    cross(sacxt, sbcyt, sacyt, sbcxt);
     const int dlen = expansion_sum(c2len, C2, 4, u, D);
     return D[dlen - 1];
 }

@@ -8,6 +8,7 @@
 
 #include <cmath>
 
+#include "frame/canonical_nan.hpp"
 #include "geometry/planar.hpp"
 
 namespace shellfe {
@@ -74,7 +75,11 @@ inline double orientation(Point2 a, Point2 b, Point2 c, const Constants& k, int*
         // products of opposite sign (whose sum is NaN).
         const bool same_sign = (detleft > 0.0 && !(detright <= 0.0)) ||
                                (detleft < 0.0 && !(detright >= 0.0));
-        if (same_sign) return refine_orientation(a, b, c, detsum, k.all(), stage);
+        // A NaN result (a NaN or infinite coordinate) always comes this
+        // way, and leaves as the canonical NaN whatever its operands were.
+        const double d = same_sign ? refine_orientation(a, b, c, detsum, k.all(), stage) : det;
+        if (!same_sign && stage) *stage = 1;
+        return canonical(d);
     }
     if (stage) *stage = 1;
     return det;
