@@ -23,10 +23,11 @@
  * routine may touch.
  *
  * Results are the same bits on every platform and CPU (Linux library and
- * Windows DLL alike), for every input. The one exception: where an element
- * routine's result is NaN (from NaN or infinite input, or a division by
- * zero), it is NaN everywhere but its sign and payload may differ between
- * platforms. An infinite or NaN material angle has sine and cosine NaN.
+ * Windows DLL alike), for every input, NaNs included. The element routines,
+ * the dense products and ORIENT2D write every NaN result (from NaN or
+ * infinite input, or a division by zero) as the positive quiet NaN
+ * 0x7FC00000 (in double 0x7FF8000000000000), whatever NaNs it arose from.
+ * An infinite or NaN material angle has sine and cosine NaN.
  *
  * All routines are thread-safe on distinct arrays: the library keeps no
  * mutable static data. Arguments documented as unused must still be passed

@@ -5,6 +5,7 @@
 
 #include <cstdint>
 
+#include "frame/canonical_nan.hpp"
 #include "element/jacobian.hpp"
 #include "element/shape_functions.hpp"
 #include "frame/numbering.hpp"
@@ -105,7 +106,7 @@ void for_each_integration_point(const ElementPoints& e, DegeneratePoint on_degen
 
             float t = 0.0f;
             for (Index k = 1; k <= e.nnodt; ++k) t = t + p.shape.value[k] * e.tnode(e.iel, k);
-            e.prop(e.imat, 3) = t;
+            e.prop(e.imat, 3) = canonical(t);
             p.thickness = t;
 
             body(static_cast<const PointData&>(p));

@@ -2,8 +2,8 @@
 // point of a plane isoparametric element.
 #include "element/jacobian.hpp"
 
+#include "frame/canonical_nan.hpp"
 #include "shellfe.h"
-
 
 namespace shellfe {
 
@@ -46,10 +46,10 @@ float cartesian_derivatives(Array1<const float> dxi, Array1<const float> deta,
         gy[k] = v;
     }
     for (Index k = 1; k <= nnode; ++k) {
-        dx(k) = gx[k];
-        dy(k) = gy[k];
+        dx(k) = canonical(gx[k]);
+        dy(k) = canonical(gy[k]);
     }
-    return det;
+    return canonical(det);
 }
 
 }  // namespace shellfe

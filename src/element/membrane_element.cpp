@@ -2,6 +2,7 @@
 // two in-plane translations u, v per node.
 #include "element/integration_points.hpp"
 #include "element/membrane_material.hpp"
+#include "frame/canonical_nan.hpp"
 
 #include "shellfe.h"
 
@@ -58,7 +59,7 @@ void add_point_stiffness(const PointData& p, Index nnode, const Matrix3& d,
             v = v + bd1[m] * g1;
             v = v + bd2[m] * g2;
             v = v + bd3[m] * g3;
-            col(m) = v;
+            col(m) = canonical(v);
         }
     }
 }

@@ -8,6 +8,7 @@
 #include "element/layered_plate.hpp"
 #include "element/shape_functions.hpp"
 #include "element/small_matrix.hpp"
+#include "frame/canonical_nan.hpp"
 
 namespace shellfe {
 
@@ -82,7 +83,7 @@ void add_plate_point(const SmallMatrix<NC, NC>& d, Strains&& strains, Index nnod
             for (int c = 0; c < 3; ++c) {
                 for (int r = 0; r < 3; ++r) {
                     float& e = dofs.estif(row0 + r + 1, col0 + c + 1);
-                    e = e + f * kk[c][q + r];
+                    e = canonical(e + f * kk[c][q + r]);
                 }
             }
         }

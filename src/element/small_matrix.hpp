@@ -2,6 +2,7 @@
 // formulas read: m(r, c) is row r, column c.
 #pragma once
 
+#include "frame/canonical_nan.hpp"
 #include "frame/views.hpp"
 
 namespace shellfe {
@@ -13,11 +14,12 @@ struct SmallMatrix {
     float operator()(Index r, Index c) const { return e[c - 1][r - 1]; }
 };
 
-// Writes m into rows 1..R and columns 1..C of a host array, column by column.
+// Writes m into rows 1..R and columns 1..C of a host array, column by column,
+// NaN entries as the canonical NaN.
 template <int R, int C>
 void store(const SmallMatrix<R, C>& m, const Array2<float>& out) {
     for (Index c = 1; c <= C; ++c) {
-        for (Index r = 1; r <= R; ++r) out(r, c) = m(r, c);
+        for (Index r = 1; r <= R; ++r) out(r, c) = canonical(m(r, c));
     }
 }
 
