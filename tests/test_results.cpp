@@ -108,7 +108,7 @@ TEST(PeakMembers, GroupActiveFlagsStrictRadiusOrderAndContinuedLists) {
     const std::vector<Ints> members = {{1, 1, 10, 7, 3}, {0, 1, 4, 9}, {1, 0, 2},
         {1, 1, 5, 6, 3, 1}, {1, 2, 2, 8}, {2, 1, 8}, {1, 1}, {1, 1, 5, 9}};
     const float offsets[][3] = {{-2, 0, 0}, {.5f, 0, 0}, {1, 0, 0}, {0, 1, 1}, {1, 2, 2},
-                                {0, 0, 0}, {0, 0, 4}, {0, 0, -1}, {2, -1, -2}, {0, -2, 0}};
+                                {0, 0, 0}, {4, 0, 0}, {0, 0, -1}, {2, -1, -2}, {0, -2, 0}};
     int32_t nmem = 8, ipeak = 6, ldxyz = 11, igrp = 0;
     Ints tab(27, -1), grp(9, -1), nod(45, 2);
     Floats xyz(ldxyz, 2, kNaN);
