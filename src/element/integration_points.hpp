@@ -94,7 +94,7 @@ void for_each_integration_point(const ElementPoints& e, DegeneratePoint on_degen
             float det = cartesian_derivatives(
                 host_array<const float>(p.shape.d_dxi), host_array<const float>(p.shape.d_deta),
                 e.xy.column(1), e.xy.column(2), e.nnode, host_array(p.d_dx), host_array(p.d_dy));
-            *e.detj = det;
+            *e.detj = canonical(det);
             if (det < kSmallestDeterminant) {
                 *e.detj = -1.0f;
                 if (on_degenerate == DegeneratePoint::abandon_element) return;

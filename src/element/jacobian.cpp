@@ -46,10 +46,10 @@ float cartesian_derivatives(Array1<const float> dxi, Array1<const float> deta,
         gy[k] = v;
     }
     for (Index k = 1; k <= nnode; ++k) {
-        dx(k) = canonical(gx[k]);
-        dy(k) = canonical(gy[k]);
+        dx(k) = gx[k];
+        dy(k) = gy[k];
     }
-    return canonical(det);
+    return det;
 }
 
 }  // namespace shellfe
@@ -63,7 +63,12 @@ extern "C" void JACOB2DLLDOTNET(float* CARTD, const float* DERIV, float* DETJ, c
     const auto deriv = host_array(DERIV, node_rows);
     const auto elcod = host_array(ELCOD, node_rows);
     const auto cartd = host_array(CARTD, node_rows);
-    *DETJ = cartesian_derivatives(deriv.column(2), deriv.column(3), elcod.column(1),
-                                  elcod.column(2), element_nodes(*NENOD), cartd.column(1),
-                                  cartd.column(2));
+    const Index nnode = element_nodes(*NENOD);
+    *DETJ = canonical(cartesian_derivatives(deriv.column(2), deriv.column(3), elcod.column(1),
+                                            elcod.column(2), nnode, cartd.column(1),
+                                            cartd.column(2)));
+    for (Index k = 1; k <= nnode; ++k) {
+        cartd(k, 1) = canonical(cartd(k, 1));
+        cartd(k, 2) = canonical(cartd(k, 2));
+    }
 }

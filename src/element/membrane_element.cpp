@@ -59,7 +59,7 @@ void add_point_stiffness(const PointData& p, Index nnode, const Matrix3& d,
             v = v + bd1[m] * g1;
             v = v + bd2[m] * g2;
             v = v + bd3[m] * g3;
-            col(m) = canonical(v);
+            col(m) = v;
         }
     }
 }
@@ -68,8 +68,23 @@ void add_point_stiffness(const PointData& p, Index nnode, const Matrix3& d,
 // of its (0:18, 0:18) matrix. Unlike a plate element, this one integrates a
 // degenerate point too, with -1.0 in place of its determinant.
 void integrate_membrane(const ElementPoints& e, const Matrix3& d, const Array2<float>& estif) {
-    for_each_integration_point(e, DegeneratePoint::integrate_with_minus_one,
-                               [&](const PointData& p) { add_point_stiffness(p, e.nnode, d, estif); });
+    bool added = false;
+    for_each_integration_point(e, DegeneratePoint::integrate_with_minus_one, [&](const PointData& p) {
+        add_point_stiffness(p, e.nnode, d, estif);
+        added = true;
+    });
+    // NaN entries leave as the canonical NaN. Every entry of the triangle
+    // receives every point, so one sweep at the end gives the bits that
+    // canonicalising each addition would, at a fraction of the cost.
+    if (!added) return;
+    const Index n = 2 * e.nnode;
+    for (Index c = 1; c <= n; ++c) {
+        const auto col = estif.column(c);
+        bool any_nan = false;  // tested first: the test vectorises, the store would not
+        for (Index m = c; m <= n; ++m) any_nan |= col(m) != col(m);
+        if (any_nan)
+            for (Index m = c; m <= n; ++m) col(m) = canonical(col(m));
+    }
 }
 
 }  // namespace
