@@ -1,9 +1,13 @@
 #include "geometry/orientation.hpp"
 
+#include "frame/canonical_nan.hpp"
 #include "frame/expansion.hpp"
 
 namespace shellfe {
 
+namespace {
+
+// Stages B to D; `detsum` bounds the magnitude of the two products.
 double refine_orientation(Point2 a, Point2 b, Point2 c, double detsum, const PredicateConstants& k,
                           int* stage) {
     const auto reached = [stage](int s) {
@@ -56,6 +60,21 @@ double refine_orientation(Point2 a, Point2 b, Point2 c, double detsum, const Pre
     cross(sacxt, sbcyt, sacyt, sbcxt);
     const int dlen = expansion_sum(c2len, C2, 4, u, D);
     return D[dlen - 1];
+}
+
+}  // namespace
+
+double settle_orientation(Point2 a, Point2 b, Point2 c, const PlainDeterminant& plain,
+                          const PredicateConstants& k, int* stage) {
+    // Opposite signs, or a zero or NaN first product: the plain determinant
+    // stands, as the first stage's sign tests have it.
+    const bool same_sign = (plain.detleft > 0.0 && !(plain.detright <= 0.0)) ||
+                           (plain.detleft < 0.0 && !(plain.detright >= 0.0));
+    if (!same_sign) {
+        if (stage) *stage = 1;
+        return canonical(plain.det);
+    }
+    return canonical(refine_orientation(a, b, c, plain.detsum, k, stage));
 }
 
 }  // namespace shellfe

@@ -8,7 +8,6 @@
 
 #include <cmath>
 
-#include "frame/canonical_nan.hpp"
 #include "geometry/planar.hpp"
 
 namespace shellfe {
@@ -43,11 +42,22 @@ struct HostConstants {
     }
 };
 
-// Stages B to D for points whose plain determinant did not settle the
-// sign; `detsum` bounds the magnitude of the two products. If `stage` is
-// given it receives the stage that returned (2, 3 or 4).
-double refine_orientation(Point2 a, Point2 b, Point2 c, double detsum, const PredicateConstants& k,
-                          int* stage = nullptr);
+// The plain determinant and its two products.
+struct PlainDeterminant {
+    double detleft;
+    double detright;
+    double det;
+    double detsum;  // |detleft + detright|
+};
+
+// The rest of the first stage, and stages B to D, for the few points whose
+// plain determinant does not clear the first bound; kept out of line so
+// that the common path stays small wherever it is inlined. If `stage` is
+// given it receives the stage that returned (1 to 4). A NaN result (from a
+// NaN or infinite coordinate) always comes this way, and leaves as the
+// canonical NaN whatever its operands were.
+double settle_orientation(Point2 a, Point2 b, Point2 c, const PlainDeterminant& plain,
+                          const PredicateConstants& k, int* stage);
 
 // Positive if a, b, c run counter-clockwise, negative if clockwise, 0 if
 // collinear; about twice the signed area. (The last stage's merge order,
@@ -70,17 +80,10 @@ inline double orientation(Point2 a, Point2 b, Point2 c, const Constants& k, int*
     const double detright = (a.y - c.y) * (b.x - c.x);
     const double det = detleft - detright;
     const double detsum = std::fabs(detleft + detright);
-    if (!(std::fabs(det) >= k.bound_a() * detsum)) [[unlikely]] {
-        // Failed by nearly collinear points, by NaN, and by infinite
-        // products of opposite sign (whose sum is NaN).
-        const bool same_sign = (detleft > 0.0 && !(detright <= 0.0)) ||
-                               (detleft < 0.0 && !(detright >= 0.0));
-        // A NaN result (a NaN or infinite coordinate) always comes this
-        // way, and leaves as the canonical NaN whatever its operands were.
-        const double d = same_sign ? refine_orientation(a, b, c, detsum, k.all(), stage) : det;
-        if (!same_sign && stage) *stage = 1;
-        return canonical(d);
-    }
+    // Failed by nearly collinear points, by NaN, and by infinite products
+    // of opposite sign (whose sum is NaN).
+    if (!(std::fabs(det) >= k.bound_a() * detsum)) [[unlikely]]
+        return settle_orientation(a, b, c, {detleft, detright, det, detsum}, k.all(), stage);
     if (stage) *stage = 1;
     return det;
 }
