@@ -23,10 +23,12 @@
  * routine may touch.
  *
  * Results are the same bits on every platform and CPU (Linux library and
- * Windows DLL alike), for every input, NaNs included. The element routines,
- * the dense products and ORIENT2D write every NaN result (from NaN or
- * infinite input, or a division by zero) as the positive quiet NaN
- * 0x7FC00000 (in double 0x7FF8000000000000), whatever NaNs it arose from.
+ * Windows DLL alike), for every input, NaNs included; CI checks this on
+ * every routine. The element routines, the dense products and ORIENT2D
+ * moreover write every NaN result (from NaN or infinite input, or a
+ * division by zero) as the positive quiet NaN 0x7FC00000 (in double
+ * 0x7FF8000000000000), whatever NaNs it arose from, so that their NaNs
+ * stay the same from one build and version to the next.
  * An infinite or NaN material angle has sine and cosine NaN.
  *
  * All routines are thread-safe on distinct arrays: the library keeps no
@@ -531,12 +533,15 @@ SHELLFE_API void NORMALISEDCORDDOTNET(const int32_t* IEL, float* XI, float* ETA,
  *   RESULTERRBOUND = (3 + 8*eps)*eps
  *   SPLITTER       = 134217729.0          (2^27 + 1)
  * With these, the sign is exact whenever no product of coordinate
- * differences overflows or underflows, with one exception kept for
+ * differences overflows or underflows and no difference exceeds about
+ * 2^996 in magnitude (beyond which the exact stages' splitting overflows
+ * and the result is NaN), with one exception kept for
  * compatibility: the last stage merges expansion components in an order
  * that can, rarely, leave exactly collinear points with a tiny nonzero
  * result (far below the plain determinant's rounding error) instead of 0.
- * Where ORIENT2D's result is NaN (from a NaN or infinite coordinate), it is
- * always the positive quiet NaN 0x7FF8000000000000.
+ * Where ORIENT2D's result is NaN (from a NaN or infinite coordinate, or
+ * from the overflow above), it is always the positive quiet NaN
+ * 0x7FF8000000000000.
  * ------------------------------------------------------------------------ */
 
 /* Distance of two points, sqrt((PB.x-PA.x)^2 + (PB.y-PA.y)^2), without
@@ -638,7 +643,7 @@ SHELLFE_API int32_t GETNEARNODES(const int32_t* NA, const int32_t* NB, const dou
  * at the same tensor points): with N1..N8 the element's shape functions
  * (family IETYP(IEL, 1)), the smoothed moments s* = sum N_k SIGS(., k), the
  * element's s = sum N_k SIGE(9(IEL-1)+k, ICSIG+.), the thickness
- * sum N_k TNODE(IEL, k) over k = 1..NNODT written to PROP(IMAT, 3), and
+ * sum N_k TNODE(IEL, k) over k = 1..NNODT (at most 9) written to PROP(IMAT, 3), and
  * C the inverse (in double, Gauss-Jordan without pivoting) of the bending
  * rigidities of the layered plate PLAY, ZLAY, NLAY, the density is
  *   rho = (|e1 c1| + |e2 c2| + |e3 c3|) WDET(p, IEL),  e = s* - s, c = C e.
@@ -710,7 +715,8 @@ SHELLFE_API void GETPEAKMEMNODESDOTNET1(const int32_t* NMEM, const int32_t* MEMT
 
 /* GETPEAKMEMNODESDOTNET1 remembering only the last 512 nodes it listed, as
  * 16-bit numbers: a call that lists more than 512 distinct nodes can list
- * a node again, and node numbers compare modulo 65536. */
+ * a node again. Node numbers compare modulo 65536, and the ring starts all
+ * zero, so nodes 0, 65536, 131072, ... are never listed. */
 SHELLFE_API void GETPEAKMEMNODESDOTNET2(const int32_t* NMEM, const int32_t* MEMTAB,
                                         const int32_t* MEMGRP, const int32_t* MEMNOD,
                                         const float* XYZN, const int32_t* IPEAK, const float* RAD,
@@ -726,8 +732,10 @@ SHELLFE_API void GETPEAKMEMNODESDOTNET2(const int32_t* NMEM, const int32_t* MEMT
  * limit then joins the lower band if both neighbours (cyclic for 4 and 8
  * corners) are lower, the upper if both are higher, and otherwise stays;
  * IBAND receives the result. NCOLR is the spread of the bands first
- * assigned, or 1 when four corners (NCORN != 8) end in one band. ISPLIT =
- * -1 when two bands split corners 1..4 in halves. MODE = -999 forces
+ * assigned, or 1 when four corners (NCORN != 8) end in one band. When the
+ * spread is 2, ISPLIT = -1 if two bands split corners 1..4 in halves;
+ * otherwise ISPLIT is left as it was. IBAND(1..4) are read whatever NCORN
+ * is: give IBAND at least five entries. MODE = -999 forces
  * NCOLR = 1 when every corner is within TOL of point IREFA of XYZR; MODE
  * >= 1 forces band IBFIX and value VLO on every corner when all values lie
  * between VLO and VHI and the corners' mean distance from point IREFB is

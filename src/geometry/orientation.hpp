@@ -54,7 +54,8 @@ struct PlainDeterminant {
 // plain determinant does not clear the first bound; kept out of line so
 // that the common path stays small wherever it is inlined. If `stage` is
 // given it receives the stage that returned (1 to 4). A NaN result (from a
-// NaN or infinite coordinate) always comes this way, and leaves as the
+// NaN or infinite coordinate, or from differences beyond about 2^996, where
+// splitting a factor overflows) always comes this way, and leaves as the
 // canonical NaN whatever its operands were.
 double settle_orientation(Point2 a, Point2 b, Point2 c, const PlainDeterminant& plain,
                           const PredicateConstants& k, int* stage);

@@ -92,6 +92,11 @@ void find_near_peak(const Members& m, const RowTable<const float>& xyz, Index ld
     }
 }
 
+// IGRP + 1 as the host computes it, wrapping around in 32 bits.
+std::int32_t group_after(std::int32_t igrp) {
+    return static_cast<std::int32_t>(static_cast<std::uint32_t>(igrp) + 1u);
+}
+
 template <class Filter, class Memory>
 void peak_search(const int32_t* NMEM, const int32_t* MEMTAB, const int32_t* MEMGRP,
                  const int32_t* MEMNOD, const float* XYZN, const int32_t* IPEAK, const float* RAD,
@@ -102,7 +107,7 @@ void peak_search(const int32_t* NMEM, const int32_t* MEMTAB, const int32_t* MEMG
                                     .table = host_rows(MEMTAB, member_columns),
                                     .group = host_array(MEMGRP),
                                     .nodes = host_rows(MEMNOD, member_columns)},
-                                   host_rows(XYZN, {0, *LDXYZ}), *LDXYZ, *IPEAK, *RAD, *IGRP + 1,
+                                   host_rows(XYZN, {0, *LDXYZ}), *LDXYZ, *IPEAK, *RAD, group_after(*IGRP),
                                    {.count = *NMFND, .items = host_array(MFND)},
                                    {.count = *NNFND, .items = host_array(NFND)});
 }
