@@ -20,6 +20,18 @@ int main(void) {
     for (i = 0; i <= 3; ++i)
         for (j = 0; j <= 3; ++j) bad |= dmat[j][i] != dmat[i][j] || ((i == 0 || j == 0) && dmat[j][i] != 0);
     bad |= dmat[1][1] != 0x1.671312p+14f;
+
+    /* The README's second snippet: the orientation predicate's constants,
+     * computed once by the host, and points as double arrays from 1. */
+    {
+        const double eps = 0x1p-53;
+        const double ccwa = (3 + 16 * eps) * eps, ccwb = (2 + 12 * eps) * eps,
+                     ccwc = (9 + 64 * eps) * eps * eps, splitter = 0x1p27 + 1,
+                     resbound = (3 + 8 * eps) * eps;
+        const double a[2] = {0, 0}, b[2] = {1, 0}, c[2] = {0, 1}, d[2] = {2, 0};
+        bad |= ORIENT2D(a, b, c, &ccwa, &ccwb, &ccwc, &splitter, &resbound) != 1.0; /* ccw */
+        bad |= ORIENT2D(a, b, d, &ccwa, &ccwb, &ccwc, &splitter, &resbound) != 0.0; /* collinear */
+    }
     printf("C host: %s (DMAT(1,1) = %a)\n", bad ? "wrong" : "ok", dmat[1][1]);
     return bad;
 }
