@@ -24,8 +24,8 @@
  *
  * Results are the same bits on every platform and CPU (Linux library and
  * Windows DLL alike), for every input, NaNs included; CI checks this on
- * every routine. The element routines, the dense products and ORIENT2D
- * moreover write every NaN result (from NaN or infinite input, or a
+ * every routine. The element routines, the error estimate, the dense
+ * products and ORIENT2D moreover write every NaN result (from NaN or infinite input, or a
  * division by zero) as the positive quiet NaN 0x7FC00000 (in double
  * 0x7FF8000000000000), whatever NaNs it arose from, so that their NaNs
  * stay the same from one build and version to the next.

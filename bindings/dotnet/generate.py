@@ -10,12 +10,14 @@ knows. Nothing here is per routine: a routine added to the description
 appears in both classes on the next build.
 """
 import json
-import re
 import sys
+from pathlib import Path
+
+sys.path.insert(0, str(Path(__file__).resolve().parents[2] / "tools"))
+from extent_names import IDENT, int32_scalars, rename  # noqa: E402
 
 SCALAR = {"int32": "int", "float": "float", "double": "double"}
 RETURNS = {"void": "void", "int32": "int", "double": "double"}
-IDENT = re.compile(r"[A-Za-z_][A-Za-z0-9_]*")
 
 
 def cs_type(arg):
@@ -32,14 +34,7 @@ def cs_extent(expr, scalars):
     into a small or negative length and let a short array through. Integer
     division truncates in both languages, and comparisons and && || already
     yield bools, so min/max are the only spelling that differs."""
-    def word(m):
-        w = m.group(0)
-        if w in ("min", "max"):
-            return "Math." + w.capitalize()
-        if w not in scalars:
-            raise SystemExit("extent %r names %s, which is no int32 scalar" % (expr, w))
-        return "l" + w
-    return IDENT.sub(word, expr)
+    return rename(expr, scalars, lambda w: "l" + w, lambda f: "Math." + f.capitalize())
 
 
 def xml(text):
@@ -113,7 +108,7 @@ def generate(desc):
         "        }",
     ]
     for r in desc["routines"]:
-        scalars = {a["name"] for a in r["args"] if a["kind"] == "scalar" and a["type"] == "int32"}
+        scalars = int32_scalars(r)
         checked = [a for a in r["args"] if a["kind"] == "array" and a.get("extent") is not None]
         used = sorted({w for a in checked for w in IDENT.findall(a["extent"]) if w in scalars})
         out.append("")

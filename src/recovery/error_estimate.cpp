@@ -4,6 +4,7 @@
 
 #include "element/layered_plate.hpp"
 #include "element/shape_functions.hpp"
+#include "frame/canonical_nan.hpp"
 #include "frame/numbering.hpp"
 #include "frame/views.hpp"
 #include "shellfe.h"
@@ -103,7 +104,7 @@ void add_moment_error(const ElementData& el, const Moments& mo, const Array2<con
                 }
             float t = 0.0f;
             for (Index k = 1; k <= nnodt; ++k) t += n[k] * el.tnode(el.iel, k);
-            thickness.prop(thickness.imat, 3) = t;
+            thickness.prop(thickness.imat, 3) = canonical(t);
             // The rigidities are formed after the thickness is written, as
             // a host passing its material table as the layer table expects.
             double c[3][3];
@@ -111,13 +112,15 @@ void add_moment_error(const ElementData& el, const Moments& mo, const Array2<con
             const float e[3] = {smoothed[0] - own[0], smoothed[1] - own[1], smoothed[2] - own[2]};
             const float rho = error_density(e, c) * el.wdet(p, el.iel);
             float nsum = n[1];
+            for (Index k = 2; k <= kNodes; ++k) nsum += n[k];
+            // NaN sums (a singular plate) are stored as the canonical NaN,
+            // which does not depend on the compiler's operand order.
             for (Index k = 1; k <= kNodes; ++k) {
-                const Index node = node_number(el.conn(el.iel, k));
-                acc.errn(node) += n[k] * rho;
-                if (k > 1) nsum += n[k];
+                float& e = acc.errn(node_number(el.conn(el.iel, k)));
+                e = canonical(e + n[k] * rho);
             }
-            acc.errt += nsum * rho;
-            acc.erre(el.iel) += std::fabs(rho);
+            acc.errt = canonical(acc.errt + nsum * rho);
+            acc.erre(el.iel) = canonical(acc.erre(el.iel) + std::fabs(rho));
         }
     }
 }

@@ -19,11 +19,13 @@ so that a caller compiled with it calls the shims instead; the source is
 compiled without those macros and so still reaches the library routines.
 """
 import json
-import re
 import sys
+from pathlib import Path
+
+sys.path.insert(0, str(Path(__file__).resolve().parents[2] / "tools"))
+from extent_names import int32_scalars, rename  # noqa: E402
 
 C_TYPE = {"int32": "int32_t", "float": "float", "double": "double", "any": "void", "void": "void"}
-IDENT = re.compile(r"[A-Za-z_][A-Za-z0-9_]*")
 
 
 def param(arg):
@@ -33,18 +35,8 @@ def param(arg):
 
 def extent_expr(routine, text):
     """The extent as C over int64 values of the routine's int32 scalars."""
-    scalars = {a["name"] for a in routine["args"] if a["kind"] == "scalar" and a["type"] == "int32"}
-
-    def word(m):
-        w = m.group(0)
-        if w in ("min", "max"):
-            return "shim_" + w
-        if w not in scalars:
-            raise SystemExit("%s: extent %r names %s, not an int32 scalar of the routine"
-                             % (routine["name"], text, w))
-        return "((int64_t)*%s)" % w
-
-    return IDENT.sub(word, text)
+    return rename(text, int32_scalars(routine), lambda w: "((int64_t)*%s)" % w,
+                  lambda f: "shim_" + f)
 
 
 def shim(routine, short=None):
