@@ -776,6 +776,174 @@ SHELLFE_API void SUBDIVIDEPANELDLLDOTNET(const float* XYZ, float* PTS, float* VA
                                          const int32_t* NTYPE,
                                          const float* NODVAL) SHELLFE_NOEXCEPT;
 
+/* ------------------------------------------------------------------------
+ * Double-precision extension
+ *
+ * The element and assembly route in double precision. The compatible
+ * routines above keep their single-precision arithmetic bit for bit; on
+ * fine meshes of thin plates that arithmetic, not the element, limits the
+ * answer (the transverse shear stiffness, (a/h)^2 times the bending
+ * stiffness, must cancel in the bending modes, and every rounding of an
+ * entry is amplified by that factor). These routines evaluate the same
+ * formulas in double throughout.
+ *
+ * Each routine mirrors the compatible routine its comment names: the same
+ * arguments in the same order, the same array layouts and loop orders,
+ * every real argument double instead of float. A host switches route by
+ * changing its array types (and, for the plate routines and the layer
+ * rigidities, passing OPTIONS last). Thresholds are the compatible
+ * routines' single-precision constants widened to double (1.0e-7 for a
+ * degenerate point, 0.001 radian for an unrotated material, 0.0001 for the
+ * drilling caps, 1.0e-10 for counted entries and prescribed displacements).
+ * Material angles are reduced exactly in degrees before their sine and
+ * cosine, so that 90 degrees gives exactly 0 and 1. The results are the
+ * same bits on every platform; unlike the compatible routines they may
+ * improve between minor versions.
+ *
+ * Compressed-row rows are already double: append the rows of a double node
+ * matrix with ADDTOCRSMASSDLLDLL.
+ * ------------------------------------------------------------------------ */
+
+/* OPTIONS bits of the layer formulas. With OPTIONS = 0 the extension keeps
+ * the compatible routines' formulas, physically questionable ones included,
+ * so that switching a host to double changes nothing but rounding. */
+
+/* Transverse shear moduli of a rotated layer turned by +theta, as its
+ * bending and membrane moduli are; the compatible formula turns them by
+ * -theta, so a layer's shear principal axes lie mirrored against its
+ * bending axes (the same at 0 and 90 degrees, swapped at 45). */
+#define SHELLFE_PHYSICAL_SHEAR_ROTATION 1
+/* Bending coupling Q12 = nu*E8/den, the plane-stress coupling of the
+ * layer's moduli; the compatible formula is nu*E8^2/(E1*den), which is too
+ * large by E8/E1 (equal only for E1 = E8). */
+#define SHELLFE_PHYSICAL_BENDING_COUPLING 2
+
+/* Layer rigidities as MODPBDLLDOTNET, in double precision: DBEND (0:3,
+ * 0:3) when IBEND = 1, otherwise DSHEAR (0:2, 0:2) when ISHEAR = 1. With
+ * OPTIONS = 0 the formulas are the compatible ones; see
+ * SHELLFE_PHYSICAL_SHEAR_ROTATION and SHELLFE_PHYSICAL_BENDING_COUPLING. */
+SHELLFE_API void shellfe_plate_rigidities(double* DBEND, double* DSHEAR, const int32_t* IBEND,
+                                          const int32_t* ISHEAR, const double* PROP,
+                                          const double* ZLAY, const int32_t* NLAY,
+                                          const int32_t* OPTIONS) SHELLFE_NOEXCEPT;
+
+/* Jacobian determinant and Cartesian derivatives as JACOB2DLLDOTNET, in
+ * double precision throughout: the determinant is not rounded to single
+ * precision, and the derivatives are not rounded after each addition. */
+SHELLFE_API void shellfe_jacobian(double* CARTD, const double* DERIV, double* DETJ,
+                                  const double* ELCOD, const int32_t* NENOD) SHELLFE_NOEXCEPT;
+
+/* Rotated orthotropic plane-stress matrix as MODIPDLLDOTNET, in double
+ * precision. */
+SHELLFE_API void shellfe_membrane_material(double* DMAT, const double* PROP, const int32_t* IMAT,
+                                           const int32_t* NMAT) SHELLFE_NOEXCEPT;
+
+/* Membrane stiffness of one element as STIFFP003DOTNET, in double
+ * precision. The material is formed as the element forms it (upper
+ * triangle, mirrored). */
+SHELLFE_API void shellfe_membrane_stiffness(const int32_t* NGPX, const int32_t* NGPY,
+                                            const int32_t* NTYPE, const double* GPOS,
+                                            int32_t* NGPT, const int32_t* IEL,
+                                            const int32_t* NNODE, const double* XY,
+                                            const double* TNODE, const void* UNUSED10,
+                                            const int32_t* IMAT, double* PROP, const double* GWEI,
+                                            const void* UNUSED14, const int32_t* NELEM,
+                                            const int32_t* NMAT, const void* UNUSED17,
+                                            const void* UNUSED18, const int32_t* NNODT,
+                                            double* ESTIF, double* DETJ) SHELLFE_NOEXCEPT;
+
+/* Plate-bending stiffness as STIFFP001DOTNET, in double precision, with
+ * the layer rigidities of shellfe_plate_rigidities and its OPTIONS. */
+SHELLFE_API void shellfe_plate_bending_stiffness(const int32_t* NGPX, const int32_t* NGPY,
+                                                 const int32_t* NTYPE, const double* GPOS,
+                                                 int32_t* NGPT, const int32_t* IEL,
+                                                 int32_t* NGPT2, const void* UNUSED8,
+                                                 const int32_t* NNODE, const double* XY,
+                                                 const double* TNODE, const void* UNUSED12,
+                                                 const int32_t* IMAT, double* PROP,
+                                                 const int32_t* IOFF, double* ESTIF,
+                                                 const double* GWEI, const void* UNUSED18,
+                                                 const void* UNUSED19, const int32_t* NELEM,
+                                                 const int32_t* NMAT, const int32_t* LDES,
+                                                 const int32_t* NDOFN, const int32_t* NNODT,
+                                                 const double* PLAY, const double* ZLAY,
+                                                 const int32_t* NLAY, double* DETJ,
+                                                 const int32_t* OPTIONS) SHELLFE_NOEXCEPT;
+
+/* Transverse-shear stiffness as STIFFP002DOTNET, in double precision, with
+ * the layer rigidities of shellfe_plate_rigidities and its OPTIONS. */
+SHELLFE_API void shellfe_plate_shear_stiffness(const int32_t* NGPX, const int32_t* NGPY,
+                                               const int32_t* NTYPE, const double* GPOS,
+                                               int32_t* NGPT, const int32_t* IEL,
+                                               const int32_t* NNODE, const double* XY,
+                                               const double* TNODE, const void* UNUSED10,
+                                               const int32_t* IMAT, double* PROP,
+                                               const int32_t* IOFF, double* ESTIF,
+                                               const double* GWEI, const void* UNUSED16,
+                                               const int32_t* NELEM, const int32_t* NMAT,
+                                               const int32_t* LDES, const int32_t* NDOFN,
+                                               const int32_t* NNODT, const double* PLAY,
+                                               const double* ZLAY, const int32_t* NLAY,
+                                               double* DETJ,
+                                               const int32_t* OPTIONS) SHELLFE_NOEXCEPT;
+
+/* In-plane merge and drilling stiffness as STIESTDLLDOTNET, on double-
+ * precision matrices; the drilling value 10.0, the 0.0001 floor and RATIO
+ * are compared in double. */
+SHELLFE_API void shellfe_finish_shell_element(const double* ESTIF2, double* ESTIF,
+                                              const int32_t* NENOD, int32_t* NODFLG,
+                                              const int32_t* NDOFN, const int32_t* LDES,
+                                              const void* UNUSED7, const int32_t* LDCN,
+                                              const int32_t* IELEM, const int32_t* IELNOD,
+                                              const double* RATIO) SHELLFE_NOEXCEPT;
+
+/* Degree-of-freedom selection as BUILDESTIF1DOTNET, on double-precision
+ * matrices. */
+SHELLFE_API void shellfe_select_dofs(const int32_t* NNODE, const int32_t* NSEL,
+                                     const int32_t* LDK, const double* ESRC, double* EDST,
+                                     const int32_t* IDOF) SHELLFE_NOEXCEPT;
+
+/* Node matrix gathering as BUILDALLNODESTIFFDLLDOTNET, with the element
+ * matrix, node matrix, springs, prescribed displacements and load vector
+ * in double precision (the product UPRES(j)*ESTIF is formed in double).
+ * Append the node's rows with ADDTOCRSMASSDLLDLL, which reads a double
+ * node matrix and keeps the same entries. */
+SHELLFE_API void shellfe_gather_node_stiffness(double* ESTIF, const int32_t* INODE,
+                                               const int32_t* NENOD, double* SNODE,
+                                               const int32_t* IELEM, const double* SPRING,
+                                               int32_t* IVISIT, const void* UNUSED8,
+                                               const int32_t* IELNOD, const int32_t* ISPRF,
+                                               const int32_t* NDOFE, const int32_t* NDOFN,
+                                               const int32_t* LDES, const int32_t* LDSF,
+                                               const int32_t* LDNM, const void* UNUSED16,
+                                               const int32_t* LDCN, const void* UNUSED18,
+                                               const double* UPRES, double* FLOAD,
+                                               const int32_t* LOCNOD, int32_t* NNZCNT,
+                                               const int32_t* IDOFMAP) SHELLFE_NOEXCEPT;
+
+/* Skyline assembly as ADDSHELLTOSDOTNET, from a double-precision element
+ * matrix. */
+SHELLFE_API void shellfe_add_shell_to_skyline(const double* ESTIF, const int32_t* IELNOD,
+                                              const void* UNUSED3, const int32_t* IDIAG,
+                                              const int32_t* NBAND, const int32_t* NDOF,
+                                              double* SKY, const int32_t* NUMNOD,
+                                              const int32_t* IELEM, const int32_t* LDCN,
+                                              const void* UNUSED11, const void* UNUSED12,
+                                              const int32_t* LDES,
+                                              const int32_t* NSLOT) SHELLFE_NOEXCEPT;
+
+/* Skyline assembly as ADDSHELLTOSDLLDOTNET (eight slots, IDOFMAP), from a
+ * double-precision element matrix. */
+SHELLFE_API void shellfe_add_shell_to_skyline_mapped(const double* ESTIF, const int32_t* IELNOD,
+                                                     const void* UNUSED3, const int32_t* IDIAG,
+                                                     const int32_t* NBAND, const int32_t* NDOF,
+                                                     double* SKY, const int32_t* NUMNOD,
+                                                     const int32_t* IDOFMAP, const int32_t* IELEM,
+                                                     const int32_t* LDCN, const void* UNUSED12,
+                                                     const void* UNUSED13,
+                                                     const int32_t* LDES) SHELLFE_NOEXCEPT;
+
+
 #ifdef __cplusplus
 } /* extern "C" */
 #endif
