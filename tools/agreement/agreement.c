@@ -70,6 +70,14 @@ static double bits_d(uint64_t b) {
     memcpy(&d, &b, 8);
     return d;
 }
+/* 2^e for a normal exponent, -1022 <= e <= 1023. */
+static double pow2(int e) { return bits_d((uint64_t)(e + 1023) << 52); }
+/* The double k representable steps away from a positive finite x. */
+static double ulps(double x, int64_t k) {
+    uint64_t b;
+    memcpy(&b, &x, 8);
+    return bits_d(b + (uint64_t)k);
+}
 /* Uniform in [lo, hi), exactly: 24 random bits scaled. */
 static float uniform(Rng* r, float lo, float hi) {
     float u = (float)(next(r) >> 40) * (1.0f / 16777216.0f);
@@ -221,6 +229,145 @@ static uint64_t finish(Call* c) {
         if ((c)->show) dump((c), "out");      \
     } while (0)
 
+/* ---- the double-precision route --------------------------------------------- */
+
+/* The extension routines take the compatible routines' inputs: a driver
+ * generates them in single precision exactly as for the compatible routine,
+ * widens them, and then adds what only double can hold (values a few steps
+ * beside the widened thresholds, low-order bits, exact angles beyond float
+ * range). */
+
+/* The double of the same value; a NaN keeps its sign, payload and quiet
+ * bit (a conversion would quiet a signalling one). */
+static double widen_f(float f) {
+    uint32_t b;
+    memcpy(&b, &f, 4);
+    if ((b & 0x7F800000u) == 0x7F800000u && (b & 0x007FFFFFu))
+        return bits_d((uint64_t)(b & 0x80000000u) << 32 | 0x7FF0000000000000u |
+                      (uint64_t)(b & 0x007FFFFFu) << 29);
+    return (double)f;
+}
+
+/* Every single-precision array of the call becomes a double one with the
+ * same values, keeping its name and place in the hash. */
+static void widen(Call* c) {
+    for (int a = 0; a < c->n; ++a) {
+        Arg* g = &c->args[a];
+        if (g->kind != F32) continue;
+        double* d = (double*)calloc(g->count, 8);
+        if (!d) {
+            fprintf(stderr, "out of memory\n");
+            exit(2);
+        }
+        for (size_t x = 0; x < g->count; ++x) d[x] = widen_f(((const float*)g->p)[x]);
+        free(g->p);
+        g->p = d;
+        g->kind = F64;
+    }
+}
+
+static Arg* named(Call* c, const char* name) {
+    for (int a = 0; a < c->n; ++a)
+        if (strcmp(c->args[a].name, name) == 0) return &c->args[a];
+    fprintf(stderr, "no array %s in the call\n", name);
+    exit(2);
+}
+/* A widened array of the call, by name. */
+static double* D(Call* c, const char* name) {
+    Arg* g = named(c, name);
+    if (g->kind != F64) {
+        fprintf(stderr, "%s is not a double array\n", name);
+        exit(2);
+    }
+    return (double*)g->p;
+}
+
+/* Half of the calls: every finite non-zero value moved by up to 2^-24 of
+ * itself, so that it has bits below single precision (zeros stay, so
+ * collapsed elements stay collapsed). */
+static void roughen(Rng* r, double* p, int64_t n) {
+    if (!chance(r, 50)) return;
+    for (int64_t x = 0; x < n; ++x)
+        if (p[x] != 0.0 && p[x] - p[x] == 0.0) p[x] *= 1.0 + uniform_d(r, -0x1p-24, 0x1p-24);
+}
+
+/* A single-precision threshold widened, or one of its two double
+ * neighbours on either side, of either sign. */
+static double beside(Rng* r, float cut) {
+    double v = ulps((double)cut, irange(r, -2, 2));
+    return chance(r, 20) ? -v : v;
+}
+/* Some of the values replaced by beside(cut). */
+static void near_cut(Rng* r, double* p, int64_t n, float cut, int percent) {
+    for (int64_t x = 0; x < n; ++x)
+        if (chance(r, percent)) p[x] = beside(r, cut);
+}
+
+/* A material angle in degrees only double holds: multiples of 90 degrees
+ * up to 2^52 (reduced exactly, they must give sines of exactly 0 and 1),
+ * their neighbours, the 0.001 radian cut in degrees and its neighbours,
+ * magnitudes beyond float range. */
+static double angle_d(Rng* r) {
+    const double cut = (double)0.001f * (180.0 / 3.14159265358979323846);
+    double sign = chance(r, 50) ? -1.0 : 1.0;
+    switch (next(r) % 9) {
+        case 0: return 90.0 * (double)irange(r, -12, 12);
+        case 1: return sign * 90.0 * (double)(next(r) >> irange(r, 18, 60)); /* exact */
+        case 2: return sign * ulps(90.0 * (double)irange(r, 1, 8), irange(r, -2, 2));
+        case 3: return sign * ulps(cut, irange(r, -4, 4));
+        case 4: return sign * cut * uniform_d(r, 0.99, 1.01);
+        case 5: return sign * pow2(irange(r, 53, 1023)) * uniform_d(r, 1.0, 2.0);
+        case 6: return sign * uniform_d(r, 0.0, 1.0) * pow2(irange(r, -1022, -150));
+        default: return uniform_d(r, -400.0, 400.0);
+    }
+}
+
+/* A material or layer table (column-major, `rows` rows): moduli with low
+ * bits, and some angles (column 17) from angle_d(). */
+static void table_d(Rng* r, double* prop, int32_t rows, int32_t first, int32_t last) {
+    roughen(r, prop, 17 * (int64_t)rows);
+    for (int32_t row = first; row <= last; ++row)
+        if (chance(r, 50)) prop[row + 17 * rows] = angle_d(r);
+}
+
+/* The layer formulas: compatible (0), either physical one, both, and now
+ * and then a bit no formula reads. */
+static int32_t* options(Rng* r, Call* c) {
+    int32_t v = irange(r, 0, 3);
+    if (chance(r, 20)) v |= (int32_t)(UINT32_C(1) << irange(r, 2, 31));
+    return iscalar(c, "OPTIONS", v);
+}
+
+/* An element whose Jacobian determinant is (double)1.0e-7f or a step or two
+ * beside it: x spans the reference coordinate, y is scaled by the
+ * determinant, and every point sits at the reference origin, where the
+ * derivatives are exact. */
+static void cut_element(Rng* r, double* xy, double* gpos, int64_t lpos, int32_t ntype) {
+    static const double quad[9][2] = {{-1, -1}, {0, -1}, {1, -1}, {1, 0}, {1, 1},
+                                      {0, 1},   {-1, 1}, {-1, 0}, {0, 0}};
+    static const double tri6[6][2] = {{0, 0}, {0.5, 0}, {1, 0}, {0.5, 0.5}, {0, 1}, {0, 0.5}};
+    static const double tri3[3][2] = {{0, 0}, {1, 0}, {0, 1}};
+    double det = ulps((double)1.0e-7f, irange(r, -2, 2));
+    for (int32_t k = 1; k <= 9; ++k) {
+        const double* u = ntype == 3 ? tri6[(k - 1) % 6] : ntype == 6 ? tri3[(k - 1) % 3] : quad[k - 1];
+        xy[k + 10] = u[0];
+        xy[k + 20] = u[1] * det;
+    }
+    for (int64_t x = 0; x < lpos; ++x) gpos[x] = 0.0;
+}
+
+/* The widened element geometry of the element routines: sometimes on the
+ * degenerate-point cut, otherwise with low bits. */
+static void element_d(Rng* r, Call* c, int32_t ntype) {
+    Arg *gpos = named(c, "GPOS"), *tnode = named(c, "TNODE");
+    if (chance(r, 15))
+        cut_element(r, D(c, "XY"), (double*)gpos->p, (int64_t)gpos->count, ntype);
+    else
+        roughen(r, D(c, "XY"), 30);
+    roughen(r, (double*)tnode->p, (int64_t)tnode->count);
+    roughen(r, D(c, "ESTIF"), (int64_t)named(c, "ESTIF")->count);
+}
+
 /* ---- drivers --------------------------------------------------------------- */
 
 typedef void (*Driver)(Rng*, Call*, int64_t index, int variant);
@@ -332,8 +479,8 @@ static void layers(Rng* r, float* play, float* zlay, int32_t nlay) {
     }
 }
 
-static void d_modip(Rng* r, Call* c, int64_t i, int v) {
-    (void)v;
+/* ext: the double-precision mirror (shellfe_membrane_material). */
+static void drive_modip(Rng* r, Call* c, int64_t i, int ext) {
     int32_t nmat = irange(r, 0, 3), imat = irange(r, 0, nmat);
     float* dmat = FA(c, "DMAT", 16);
     float* prop = FA(c, "PROP", 17 * (nmat + 1) + imat + 1);
@@ -354,11 +501,25 @@ static void d_modip(Rng* r, Call* c, int64_t i, int v) {
     if (chance(r, 3)) prop[imat + 1 * rows] = awkward(r, 1);
     for (int x = 0; x < 16; ++x) dmat[x] = bits_f((uint32_t)next(r));
     int32_t *pi = iscalar(c, "IMAT", imat), *pn = iscalar(c, "NMAT", nmat);
-    CALL(c, MODIPDLLDOTNET(dmat, prop, pi, pn));
+    if (!ext) {
+        CALL(c, MODIPDLLDOTNET(dmat, prop, pi, pn));
+        return;
+    }
+    widen(c);
+    double* dprop = D(c, "PROP");
+    table_d(r, dprop, rows, imat, imat);
+    CALL(c, shellfe_membrane_material(D(c, "DMAT"), dprop, pi, pn));
+}
+static void d_modip(Rng* r, Call* c, int64_t i, int v) { (void)v; drive_modip(r, c, i, 0); }
+static void d_membrane_material(Rng* r, Call* c, int64_t i, int v) { (void)v; drive_modip(r, c, i, 1); }
+
+/* Widened layers: moduli and faces with low bits, angles from angle_d(). */
+static void layers_d(Rng* r, Call* c, const char* table, int32_t nlay) {
+    table_d(r, D(c, table), nlay + 1, 0, nlay);
+    roughen(r, D(c, "ZLAY"), nlay + 2);
 }
 
-static void d_modpb(Rng* r, Call* c, int64_t i, int v) {
-    (void)i; (void)v;
+static void drive_modpb(Rng* r, Call* c, int ext) {
     int32_t nlay = irange(r, 1, 6);
     int32_t ibend = irange(r, 0, 2), ishear = irange(r, 0, 1);
     float *db = FA(c, "DBEND", 16), *ds = FA(c, "DSHEAR", 9);
@@ -368,8 +529,17 @@ static void d_modpb(Rng* r, Call* c, int64_t i, int v) {
     for (int x = 0; x < 9; ++x) ds[x] = bits_f((uint32_t)next(r));
     int32_t *pb = iscalar(c, "IBEND", ibend), *ps = iscalar(c, "ISHEAR", ishear),
             *pl = iscalar(c, "NLAY", nlay);
-    CALL(c, MODPBDLLDOTNET(db, ds, pb, ps, prop, zlay, pl));
+    if (!ext) {
+        CALL(c, MODPBDLLDOTNET(db, ds, pb, ps, prop, zlay, pl));
+        return;
+    }
+    widen(c);
+    layers_d(r, c, "PROP", nlay);
+    int32_t* opt = options(r, c);
+    CALL(c, shellfe_plate_rigidities(D(c, "DBEND"), D(c, "DSHEAR"), pb, ps, D(c, "PROP"), D(c, "ZLAY"), pl, opt));
 }
+static void d_modpb(Rng* r, Call* c, int64_t i, int v) { (void)i; (void)v; drive_modpb(r, c, 0); }
+static void d_plate_rigidities(Rng* r, Call* c, int64_t i, int v) { (void)i; (void)v; drive_modpb(r, c, 1); }
 
 /* Node coordinates of a plane element of `nnode` nodes into XY (0:9, 0:2):
  * a distorted square or triangle, sometimes clockwise, collapsed or tiny. */
@@ -420,8 +590,7 @@ static int32_t node_count(Rng* r, int32_t ntype) {
     return chance(r, 50) ? 8 : 9;
 }
 
-static void d_stiffp003(Rng* r, Call* c, int64_t i, int v) {
-    (void)i; (void)v;
+static void drive_stiffp003(Rng* r, Call* c, int ext) {
     int32_t ntype = element_type(r), ngpx = irange(r, 1, 3), ngpy = irange(r, 1, 3);
     int32_t nnode = node_count(r, ntype), nnodt = chance(r, 80) ? nnode : irange(r, 1, 10);
     int32_t nelem = irange(r, 0, 3), iel = irange(r, 0, nelem), nmat = irange(r, 0, 2),
@@ -453,9 +622,20 @@ static void d_stiffp003(Rng* r, Call* c, int64_t i, int v) {
     float* estif = FA(c, "ESTIF", 361);
     fill_f(r, estif, 361, -1, 1, 2);
     float* detj = fscalar(c, "DETJ", bits_f((uint32_t)next(r)));
-    CALL(c, STIFFP003DOTNET(pgx, pgy, pty, gpos, ngpt, piel, pnn, xy, tnode, NULL, pim, prop,
-                            gwei, NULL, pne, pnm, NULL, NULL, pnt, estif, detj));
+    if (!ext) {
+        CALL(c, STIFFP003DOTNET(pgx, pgy, pty, gpos, ngpt, piel, pnn, xy, tnode, NULL, pim, prop,
+                                gwei, NULL, pne, pnm, NULL, NULL, pnt, estif, detj));
+        return;
+    }
+    widen(c);
+    table_d(r, D(c, "PROP"), nmat + 1, imat, imat);
+    element_d(r, c, ntype);
+    CALL(c, shellfe_membrane_stiffness(pgx, pgy, pty, D(c, "GPOS"), ngpt, piel, pnn, D(c, "XY"),
+                                       D(c, "TNODE"), NULL, pim, D(c, "PROP"), D(c, "GWEI"), NULL,
+                                       pne, pnm, NULL, NULL, pnt, D(c, "ESTIF"), D(c, "DETJ")));
 }
+static void d_stiffp003(Rng* r, Call* c, int64_t i, int v) { (void)i; (void)v; drive_stiffp003(r, c, 0); }
+static void d_membrane_stiffness(Rng* r, Call* c, int64_t i, int v) { (void)i; (void)v; drive_stiffp003(r, c, 1); }
 
 /* Shared set-up of the two plate element routines. */
 typedef struct {
@@ -507,29 +687,71 @@ static void plate_setup(Rng* r, Call* c, Plate* p) {
     p->detj = fscalar(c, "DETJ", bits_f((uint32_t)next(r)));
 }
 
-static void d_stiffp001(Rng* r, Call* c, int64_t i, int v) {
-    (void)i; (void)v;
+/* The plate set-up widened for the double-precision routines, with their
+ * own layers and geometry and an OPTIONS argument. */
+typedef struct {
+    double *gpos, *gwei, *xy, *tnode, *prop, *estif, *play, *zlay, *detj;
+    int32_t* options;
+} PlateD;
+
+static void plate_d(Rng* r, Call* c, const Plate* p, PlateD* d) {
+    widen(c);
+    layers_d(r, c, "PLAY", *p->nlay);
+    element_d(r, c, *p->ntype);
+    d->gpos = D(c, "GPOS");
+    d->gwei = D(c, "GWEI");
+    d->xy = D(c, "XY");
+    d->tnode = D(c, "TNODE");
+    d->prop = D(c, "PROP");
+    d->estif = D(c, "ESTIF");
+    d->play = D(c, "PLAY");
+    d->zlay = D(c, "ZLAY");
+    d->detj = D(c, "DETJ");
+    d->options = options(r, c);
+}
+
+static void drive_stiffp001(Rng* r, Call* c, int ext) {
     Plate p;
     plate_setup(r, c, &p);
     int32_t* ngpt2 = iscalar(c, "NGPT2", chance(r, 10) ? 2147483647 : irange(r, -5, 100));
-    CALL(c, STIFFP001DOTNET(p.ngpx, p.ngpy, p.ntype, p.gpos, p.ngpt, p.iel, ngpt2, NULL, p.nnode,
-                            p.xy, p.tnode, NULL, p.imat, p.prop, p.ioff, p.estif, p.gwei, NULL,
-                            NULL, p.nelem, p.nmat, p.ldes, p.ndofn, p.nnodt, p.play, p.zlay,
-                            p.nlay, p.detj));
+    if (!ext) {
+        CALL(c, STIFFP001DOTNET(p.ngpx, p.ngpy, p.ntype, p.gpos, p.ngpt, p.iel, ngpt2, NULL, p.nnode,
+                                p.xy, p.tnode, NULL, p.imat, p.prop, p.ioff, p.estif, p.gwei, NULL,
+                                NULL, p.nelem, p.nmat, p.ldes, p.ndofn, p.nnodt, p.play, p.zlay,
+                                p.nlay, p.detj));
+        return;
+    }
+    PlateD d;
+    plate_d(r, c, &p, &d);
+    CALL(c, shellfe_plate_bending_stiffness(p.ngpx, p.ngpy, p.ntype, d.gpos, p.ngpt, p.iel, ngpt2, NULL,
+                                            p.nnode, d.xy, d.tnode, NULL, p.imat, d.prop, p.ioff,
+                                            d.estif, d.gwei, NULL, NULL, p.nelem, p.nmat, p.ldes,
+                                            p.ndofn, p.nnodt, d.play, d.zlay, p.nlay, d.detj, d.options));
 }
+static void d_stiffp001(Rng* r, Call* c, int64_t i, int v) { (void)i; (void)v; drive_stiffp001(r, c, 0); }
+static void d_plate_bending(Rng* r, Call* c, int64_t i, int v) { (void)i; (void)v; drive_stiffp001(r, c, 1); }
 
-static void d_stiffp002(Rng* r, Call* c, int64_t i, int v) {
-    (void)i; (void)v;
+static void drive_stiffp002(Rng* r, Call* c, int ext) {
     Plate p;
     plate_setup(r, c, &p);
-    CALL(c, STIFFP002DOTNET(p.ngpx, p.ngpy, p.ntype, p.gpos, p.ngpt, p.iel, p.nnode, p.xy,
-                            p.tnode, NULL, p.imat, p.prop, p.ioff, p.estif, p.gwei, NULL,
-                            p.nelem, p.nmat, p.ldes, p.ndofn, p.nnodt, p.play, p.zlay, p.nlay,
-                            p.detj));
+    if (!ext) {
+        CALL(c, STIFFP002DOTNET(p.ngpx, p.ngpy, p.ntype, p.gpos, p.ngpt, p.iel, p.nnode, p.xy,
+                                p.tnode, NULL, p.imat, p.prop, p.ioff, p.estif, p.gwei, NULL,
+                                p.nelem, p.nmat, p.ldes, p.ndofn, p.nnodt, p.play, p.zlay, p.nlay,
+                                p.detj));
+        return;
+    }
+    PlateD d;
+    plate_d(r, c, &p, &d);
+    CALL(c, shellfe_plate_shear_stiffness(p.ngpx, p.ngpy, p.ntype, d.gpos, p.ngpt, p.iel, p.nnode, d.xy,
+                                          d.tnode, NULL, p.imat, d.prop, p.ioff, d.estif, d.gwei, NULL,
+                                          p.nelem, p.nmat, p.ldes, p.ndofn, p.nnodt, d.play, d.zlay,
+                                          p.nlay, d.detj, d.options));
 }
+static void d_stiffp002(Rng* r, Call* c, int64_t i, int v) { (void)i; (void)v; drive_stiffp002(r, c, 0); }
+static void d_plate_shear(Rng* r, Call* c, int64_t i, int v) { (void)i; (void)v; drive_stiffp002(r, c, 1); }
 
-static void d_jacob(Rng* r, Call* c, int64_t i, int v) {
-    (void)i; (void)v;
+static void drive_jacob(Rng* r, Call* c, int ext) {
     int32_t ntype = element_type(r);
     int32_t nenod = irange(r, 1, 9);
     float *cartd = FA(c, "CARTD", 30), *deriv = FA(c, "DERIV", 40);
@@ -539,11 +761,19 @@ static void d_jacob(Rng* r, Call* c, int64_t i, int v) {
     element_xy(r, elcod, nenod, ntype);
     for (int x = 0; x < 30; ++x) cartd[x] = bits_f((uint32_t)next(r));
     int32_t* pn = iscalar(c, "NENOD", nenod);
-    CALL(c, JACOB2DLLDOTNET(cartd, deriv, detj, elcod, pn));
+    if (!ext) {
+        CALL(c, JACOB2DLLDOTNET(cartd, deriv, detj, elcod, pn));
+        return;
+    }
+    widen(c);
+    roughen(r, D(c, "DERIV"), 40);
+    roughen(r, D(c, "ELCOD"), 30);
+    CALL(c, shellfe_jacobian(D(c, "CARTD"), D(c, "DERIV"), D(c, "DETJ"), D(c, "ELCOD"), pn));
 }
+static void d_jacob(Rng* r, Call* c, int64_t i, int v) { (void)i; (void)v; drive_jacob(r, c, 0); }
+static void d_jacobian(Rng* r, Call* c, int64_t i, int v) { (void)i; (void)v; drive_jacob(r, c, 1); }
 
-static void d_stiest(Rng* r, Call* c, int64_t i, int v) {
-    (void)i; (void)v;
+static void drive_stiest(Rng* r, Call* c, int ext) {
     int32_t nenod = irange(r, 1, 9), ndofn = irange(r, 3, 6);
     int32_t span = ndofn * nenod > ndofn * (nenod - 1) + 2 ? ndofn * nenod : ndofn * (nenod - 1) + 2;
     int32_t ldes = span + irange(r, 0, 3), ldcn = nenod + irange(r, 0, 2), ielem = irange(r, 0, 3);
@@ -569,11 +799,31 @@ static void d_stiest(Rng* r, Call* c, int64_t i, int v) {
     ielnod[ielem] = chance(r, 80) ? 0 : irange(r, -1, 1);
     for (int32_t n = 1; n <= nenod; ++n) ielnod[ielem + n * (ldcn + 1)] = irange(r, -maxnode, maxnode);
     float* ratio = fscalar(c, "RATIO", chance(r, 10) ? awkward(r, 0) : uniform(r, 0, 2e4f));
-    CALL(c, STIESTDLLDOTNET(e2, es, pne, flags, pnd, pld, NULL, plc, pie, ielnod, ratio));
+    if (!ext) {
+        CALL(c, STIESTDLLDOTNET(e2, es, pne, flags, pnd, pld, NULL, plc, pie, ielnod, ratio));
+        return;
+    }
+    widen(c);
+    double *de = D(c, "ESTIF"), *dratio = D(c, "RATIO");
+    roughen(r, D(c, "ESTIF2"), 361);
+    roughen(r, de, le);
+    /* rotational diagonals beside the widened 0.0001 cut */
+    for (int32_t n = 0; n < nenod; ++n)
+        for (int32_t d = 1; d <= ndofn; ++d) {
+            int32_t a = ndofn * n + d;
+            if (chance(r, 30)) de[a + a * (ldes + 1)] = ulps((double)0.0001f, irange(r, -2, 2));
+        }
+    if (chance(r, 20)) { /* RATIO times a diagonal on and beside the drilling value 10 */
+        int32_t a = ndofn * irange(r, 0, nenod - 1) + irange(r, 1, ndofn), k = irange(r, -6, 6);
+        de[a + a * (ldes + 1)] = pow2(k);
+        *dratio = ulps(10.0 * pow2(-k), irange(r, -1, 1));
+    }
+    CALL(c, shellfe_finish_shell_element(D(c, "ESTIF2"), de, pne, flags, pnd, pld, NULL, plc, pie, ielnod, dratio));
 }
+static void d_stiest(Rng* r, Call* c, int64_t i, int v) { (void)i; (void)v; drive_stiest(r, c, 0); }
+static void d_finish_shell(Rng* r, Call* c, int64_t i, int v) { (void)i; (void)v; drive_stiest(r, c, 1); }
 
-static void d_buildestif1(Rng* r, Call* c, int64_t i, int v) {
-    (void)i; (void)v;
+static void drive_buildestif1(Rng* r, Call* c, int ext) {
     int32_t nnode = irange(r, 1, 4), nsel = irange(r, 1, 6);
     int32_t ldk = 6 * nnode + irange(r, 0, 3);
     int64_t ls = (int64_t)6 * nnode * (ldk + 2) + 1;
@@ -586,8 +836,17 @@ static void d_buildestif1(Rng* r, Call* c, int64_t i, int v) {
     if (!inplace) fill_f(r, dst, ls, -1, 1, 0);
     int32_t* idof = IA(c, "IDOF", nsel + 1);
     for (int32_t q = 0; q <= nsel; ++q) idof[q] = irange(r, 1, 6);
-    CALL(c, BUILDESTIF1DOTNET(pn, ps, pl, src, dst, idof));
+    if (!ext) {
+        CALL(c, BUILDESTIF1DOTNET(pn, ps, pl, src, dst, idof));
+        return;
+    }
+    widen(c);
+    double* dsrc = D(c, "ESRC");
+    roughen(r, dsrc, ls);
+    CALL(c, shellfe_select_dofs(pn, ps, pl, dsrc, inplace ? dsrc : D(c, "EDST"), idof));
 }
+static void d_buildestif1(Rng* r, Call* c, int64_t i, int v) { (void)i; (void)v; drive_buildestif1(r, c, 0); }
+static void d_select_dofs(Rng* r, Call* c, int64_t i, int v) { (void)i; (void)v; drive_buildestif1(r, c, 1); }
 
 /* Values around the 1.0e-10 cut of stored matrix entries. */
 static float entry(Rng* r) {
@@ -673,7 +932,9 @@ static void gather_tables(Rng* r, Call* c, Gather* g) {
     for (int32_t n = 0; n <= g->maxnode; ++n) g->locnod[n] = irange(r, 1, g->maxloc);
 }
 
-static void drive_node_stiff(Rng* r, Call* c, int dbl) {
+/* mode 0: single precision, 1: with a double load vector (the 01 variant),
+ * 2: everything double (shellfe_gather_node_stiffness). */
+static void drive_node_stiff(Rng* r, Call* c, int mode) {
     Gather g;
     gather_setup(r, &g);
     int64_t le = (int64_t)g.nenod * g.ndofe * (g.ldes + 2) + 1;
@@ -705,18 +966,30 @@ static void drive_node_stiff(Rng* r, Call* c, int dbl) {
     int32_t* nnz = iscalar(c, "NNZCNT", irange(r, 0, 100));
     int32_t* map = IA(c, "IDOFMAP", g.ndofe + 1);
     for (int32_t d = 0; d <= g.ndofe; ++d) map[d] = irange(r, 1, g.ndofe);
-    if (dbl) {
+    if (mode == 1) {
         double* fload = DA(c, "FLOAD", lfl);
         fill_d(r, fload, lfl, -1, 1, 2);
         CALL(c, BUILDALLNODESTIFFDLLDOTNET01(estif, pin, pne, snode, pie, spring, ivisit, NULL, g.ielnod, isprf, pde, pdn, pld, plf, plm, NULL, plc, NULL, upres, fload, g.locnod, nnz, map));
-    } else {
-        float* fload = FA(c, "FLOAD", lfl);
-        fill_f(r, fload, lfl, -1, 1, 2);
-        CALL(c, BUILDALLNODESTIFFDLLDOTNET(estif, pin, pne, snode, pie, spring, ivisit, NULL, g.ielnod, isprf, pde, pdn, pld, plf, plm, NULL, plc, NULL, upres, fload, g.locnod, nnz, map));
+        return;
     }
+    float* fload = FA(c, "FLOAD", lfl);
+    fill_f(r, fload, lfl, -1, 1, 2);
+    if (mode == 0) {
+        CALL(c, BUILDALLNODESTIFFDLLDOTNET(estif, pin, pne, snode, pie, spring, ivisit, NULL, g.ielnod, isprf, pde, pdn, pld, plf, plm, NULL, plc, NULL, upres, fload, g.locnod, nnz, map));
+        return;
+    }
+    widen(c);
+    /* entries and prescribed displacements beside the widened 1.0e-10 cut */
+    double *de = D(c, "ESTIF"), *dupres = D(c, "UPRES");
+    near_cut(r, de, le, 1.0e-10f, 15);
+    near_cut(r, dupres, lu, 1.0e-10f, 15);
+    roughen(r, D(c, "SPRING"), lsp);
+    roughen(r, D(c, "FLOAD"), lfl);
+    CALL(c, shellfe_gather_node_stiffness(de, pin, pne, D(c, "SNODE"), pie, D(c, "SPRING"), ivisit, NULL, g.ielnod, isprf, pde, pdn, pld, plf, plm, NULL, plc, NULL, dupres, D(c, "FLOAD"), g.locnod, nnz, map));
 }
 static void d_node_stiff(Rng* r, Call* c, int64_t i, int v) { (void)i; (void)v; drive_node_stiff(r, c, 0); }
 static void d_node_stiff01(Rng* r, Call* c, int64_t i, int v) { (void)i; (void)v; drive_node_stiff(r, c, 1); }
+static void d_gather_node(Rng* r, Call* c, int64_t i, int v) { (void)i; (void)v; drive_node_stiff(r, c, 2); }
 
 static void d_node_mass(Rng* r, Call* c, int64_t i, int v) {
     (void)i; (void)v;
@@ -741,7 +1014,8 @@ static void d_node_mass(Rng* r, Call* c, int64_t i, int v) {
 
 /* Skyline assembly: a uniform band, IDIAG(I+1) = I*NBAND + 1, so every
  * stored coupling has its own place. */
-static void drive_skyline(Rng* r, Call* c, int mapped) {
+/* ext: the double-precision mirrors (shellfe_add_shell_to_skyline*). */
+static void drive_skyline(Rng* r, Call* c, int mapped, int ext) {
     int32_t ndof = irange(r, 1, 6), nslot = mapped ? 8 : irange(r, 1, 9);
     int32_t ielem = irange(r, 0, 3), ldcn = ielem + irange(r, 0, 2);
     int32_t maxnode = 12;
@@ -765,17 +1039,31 @@ static void drive_skyline(Rng* r, Call* c, int mapped) {
     for (int32_t n = 0; n <= maxnode; ++n) numnod[n] = irange(r, 1, maxnode);
     int32_t *pie = iscalar(c, "IELEM", ielem), *plc = iscalar(c, "LDCN", ldcn),
             *pld = iscalar(c, "LDES", ldes);
+    int32_t* map = NULL;
     if (mapped) {
-        int32_t* map = IA(c, "IDOFMAP", ndof + 1);
+        map = IA(c, "IDOFMAP", ndof + 1);
         for (int32_t d = 0; d <= ndof; ++d) map[d] = irange(r, 1, ndof);
-        CALL(c, ADDSHELLTOSDLLDOTNET(estif, ielnod, NULL, idiag, pnb, pnd, sky, numnod, map, pie, plc, NULL, NULL, pld));
-    } else {
-        int32_t* pns = iscalar(c, "NSLOT", nslot);
-        CALL(c, ADDSHELLTOSDOTNET(estif, ielnod, NULL, idiag, pnb, pnd, sky, numnod, pie, plc, NULL, NULL, pld, pns));
     }
+    int32_t* pns = mapped ? NULL : iscalar(c, "NSLOT", nslot);
+    if (!ext) {
+        if (mapped)
+            CALL(c, ADDSHELLTOSDLLDOTNET(estif, ielnod, NULL, idiag, pnb, pnd, sky, numnod, map, pie, plc, NULL, NULL, pld));
+        else
+            CALL(c, ADDSHELLTOSDOTNET(estif, ielnod, NULL, idiag, pnb, pnd, sky, numnod, pie, plc, NULL, NULL, pld, pns));
+        return;
+    }
+    widen(c);
+    double* de = D(c, "ESTIF");
+    roughen(r, de, le);
+    if (mapped)
+        CALL(c, shellfe_add_shell_to_skyline_mapped(de, ielnod, NULL, idiag, pnb, pnd, sky, numnod, map, pie, plc, NULL, NULL, pld));
+    else
+        CALL(c, shellfe_add_shell_to_skyline(de, ielnod, NULL, idiag, pnb, pnd, sky, numnod, pie, plc, NULL, NULL, pld, pns));
 }
-static void d_sky_map(Rng* r, Call* c, int64_t i, int v) { (void)i; (void)v; drive_skyline(r, c, 1); }
-static void d_sky(Rng* r, Call* c, int64_t i, int v) { (void)i; (void)v; drive_skyline(r, c, 0); }
+static void d_sky_map(Rng* r, Call* c, int64_t i, int v) { (void)i; (void)v; drive_skyline(r, c, 1, 0); }
+static void d_sky(Rng* r, Call* c, int64_t i, int v) { (void)i; (void)v; drive_skyline(r, c, 0, 0); }
+static void d_sky_map_d(Rng* r, Call* c, int64_t i, int v) { (void)i; (void)v; drive_skyline(r, c, 1, 1); }
+static void d_sky_d(Rng* r, Call* c, int64_t i, int v) { (void)i; (void)v; drive_skyline(r, c, 0, 1); }
 
 static void drive_loads(Rng* r, Call* c, int dbl) {
     int32_t nenod = irange(r, 1, 9), ndof = irange(r, 1, 8), ielem = irange(r, 0, 3);
@@ -967,14 +1255,6 @@ static void d_natural(Rng* r, Call* c, int64_t i, int v) {
 
 /* ---- planar geometry -------------------------------------------------------- */
 
-/* 2^e for a normal exponent, -1022 <= e <= 1023. */
-static double pow2(int e) { return bits_d((uint64_t)(e + 1023) << 52); }
-/* The double k representable steps away from a positive finite x. */
-static double ulps(double x, int64_t k) {
-    uint64_t b;
-    memcpy(&b, &x, 8);
-    return bits_d(b + (uint64_t)k);
-}
 /* A NaN of any payload and sign, quiet or signalling, or an infinity. */
 static double nonfinite_d(Rng* r) {
     uint64_t b = next(r);
@@ -1900,6 +2180,19 @@ static const Routine routines[] = {
     {"CHECKNUMCOLOURDOTNET", d_colour, 100000, -1},
     {"SFR1DLLDOTNET", d_sfr1, 100000, -1},
     {"SUBDIVIDEPANELDLLDOTNET", d_subdivide, 100000, -1},
+    /* The double-precision route: the inputs of the compatible routine it
+     * mirrors, widened. */
+    {"shellfe_plate_rigidities", d_plate_rigidities, 50000, -1},
+    {"shellfe_jacobian", d_jacobian, 50000, -1},
+    {"shellfe_membrane_material", d_membrane_material, 100000, -1},
+    {"shellfe_membrane_stiffness", d_membrane_stiffness, 15000, -1},
+    {"shellfe_plate_bending_stiffness", d_plate_bending, 10000, -1},
+    {"shellfe_plate_shear_stiffness", d_plate_shear, 10000, -1},
+    {"shellfe_finish_shell_element", d_finish_shell, 10000, -1},
+    {"shellfe_select_dofs", d_select_dofs, 10000, -1},
+    {"shellfe_gather_node_stiffness", d_gather_node, 15000, -1},
+    {"shellfe_add_shell_to_skyline", d_sky_d, 10000, -1},
+    {"shellfe_add_shell_to_skyline_mapped", d_sky_map_d, 10000, -1},
 };
 #define NROUTINES ((int)(sizeof routines / sizeof routines[0]))
 
