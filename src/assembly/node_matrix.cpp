@@ -5,6 +5,7 @@
 
 #include "assembly/cutoff.hpp"
 #include "frame/numbering.hpp"
+#include "frame/precision.hpp"
 #include "frame/views.hpp"
 #include "shellfe.h"
 
@@ -36,14 +37,15 @@ struct NoSupports {
 
 // Nodal springs, added once per node to the element matrix of the first
 // element gathered for it, and prescribed displacements moved to the load
-// vector (single or double precision).
-template <class Load>
+// vector. Real is the precision of the element matrix, springs and
+// prescribed displacements, Load that of the load vector.
+template <class Real, class Load>
 struct Supports {
-    Array1<const float> spring;  // by (node - 1) * ndofe + local degree of freedom
+    Array1<const Real> spring;  // by (node - 1) * ndofe + local degree of freedom
     Array1<std::int32_t> visited;
     RowTable<const std::int32_t> flags;  // (d - 1, node) = 1: degree of freedom d has a spring
     Array1<const std::int32_t> dofmap;   // local degree of freedom of the d-th spring
-    Array1<const float> prescribed;      // by equation
+    Array1<const Real> prescribed;       // by equation
     Array1<Load> load;                   // by equation
 
     template <class G>
@@ -59,11 +61,11 @@ struct Supports {
     }
 
     // The inclusive comparison differs on purpose from the strict one that
-    // counts stored entries. The product is rounded to single precision
-    // before a double load vector takes it.
-    void move_to_loads(std::int32_t i, std::int32_t j, float v) const {
-        const float u = prescribed(j);
-        if (std::fabs(u) >= 1.0e-10f) load(i) -= static_cast<Load>(u * v);
+    // counts stored entries. The product is formed in Real: a single
+    // precision product is rounded before a double load vector takes it.
+    void move_to_loads(std::int32_t i, std::int32_t j, Real v) const {
+        const Real u = prescribed(j);
+        if (std::fabs(u) >= threshold<Real>(1.0e-10f)) load(i) -= static_cast<Load>(u * v);
     }
 };
 
@@ -117,15 +119,15 @@ void gather_node(Element* ELEM, const std::int32_t* INODE, const std::int32_t* N
     gather_node(g, extra);
 }
 
-template <class Load>
-void gather_stiffness(float* ESTIF, const std::int32_t* INODE, const std::int32_t* NENOD,
-                      float* SNODE, const std::int32_t* IELEM, const float* SPRING,
+template <class Real, class Load>
+void gather_stiffness(Real* ESTIF, const std::int32_t* INODE, const std::int32_t* NENOD,
+                      Real* SNODE, const std::int32_t* IELEM, const Real* SPRING,
                       std::int32_t* IVISIT, const std::int32_t* IELNOD, const std::int32_t* ISPRF,
                       const std::int32_t* NDOFE, const std::int32_t* NDOFN, const std::int32_t* LDES,
                       const std::int32_t* LDSF, const std::int32_t* LDNM, const std::int32_t* LDCN,
-                      const float* UPRES, Load* FLOAD, const std::int32_t* LOCNOD,
+                      const Real* UPRES, Load* FLOAD, const std::int32_t* LOCNOD,
                       std::int32_t* NNZCNT, const std::int32_t* IDOFMAP) {
-    const Supports<Load> supports{.spring = host_array(SPRING),
+    const Supports<Real, Load> supports{.spring = host_array(SPRING),
                                   .visited = host_array(IVISIT),
                                   .flags = host_rows(ISPRF, {0, *LDSF}),
                                   .dofmap = host_array(IDOFMAP),
@@ -155,6 +157,16 @@ extern "C" void BUILDALLNODESTIFFDLLDOTNET01(
     const float* SPRING, int32_t* IVISIT, const void*, const int32_t* IELNOD, const int32_t* ISPRF,
     const int32_t* NDOFE, const int32_t* NDOFN, const int32_t* LDES, const int32_t* LDSF,
     const int32_t* LDNM, const void*, const int32_t* LDCN, const void*, const float* UPRES,
+    double* FLOAD, const int32_t* LOCNOD, int32_t* NNZCNT, const int32_t* IDOFMAP) noexcept {
+    gather_stiffness(ESTIF, INODE, NENOD, SNODE, IELEM, SPRING, IVISIT, IELNOD, ISPRF, NDOFE, NDOFN,
+                     LDES, LDSF, LDNM, LDCN, UPRES, FLOAD, LOCNOD, NNZCNT, IDOFMAP);
+}
+
+extern "C" void shellfe_gather_node_stiffness(
+    double* ESTIF, const int32_t* INODE, const int32_t* NENOD, double* SNODE, const int32_t* IELEM,
+    const double* SPRING, int32_t* IVISIT, const void*, const int32_t* IELNOD, const int32_t* ISPRF,
+    const int32_t* NDOFE, const int32_t* NDOFN, const int32_t* LDES, const int32_t* LDSF,
+    const int32_t* LDNM, const void*, const int32_t* LDCN, const void*, const double* UPRES,
     double* FLOAD, const int32_t* LOCNOD, int32_t* NNZCNT, const int32_t* IDOFMAP) noexcept {
     gather_stiffness(ESTIF, INODE, NENOD, SNODE, IELEM, SPRING, IVISIT, IELNOD, ISPRF, NDOFE, NDOFN,
                      LDES, LDSF, LDNM, LDCN, UPRES, FLOAD, LOCNOD, NNZCNT, IDOFMAP);

@@ -17,7 +17,8 @@ struct Skyline {
     Array1<double> sky;
     Index band;
 
-    void add(std::int32_t r, std::int32_t c, float v) const {
+    template <class Real>
+    void add(std::int32_t r, std::int32_t c, Real v) const {
         const Index i = std::max(r, c);
         const Index j = std::min(r, c);
         if (i - j < band) sky(diag(i + 1) - i + j) += static_cast<double>(v);
@@ -34,8 +35,9 @@ struct MappedOrder {
     Index operator()(Index d) const { return map(d); }
 };
 
+template <class Real>
 struct ShellElement {
-    RowTable<const float> estif;
+    RowTable<const Real> estif;
     RowTable<const std::int32_t> ielnod;
     Index ielem;
     Index slots;
@@ -49,8 +51,8 @@ struct ShellElement {
 // Empty slots (node 0 or less) are skipped as rows but not as columns,
 // where they are read as they stand: deliberate, as hosts leave empty slots
 // only after the last used one.
-template <class Position>
-void add_shell(const ShellElement& el, const Position& position, const Skyline& sky) {
+template <class Real, class Position>
+void add_shell(const ShellElement<Real>& el, const Position& position, const Skyline& sky) {
     const NodeBlocks blocks{el.ndof};
     for (Index a = 1; a <= el.slots; ++a) {
         const std::int32_t na = el.ielnod(a, el.ielem);
@@ -72,6 +74,41 @@ void add_shell(const ShellElement& el, const Position& position, const Skyline& 
     }
 }
 
+// The eight-slot routine: degree of freedom d of a node at IDOFMAP(d) of its
+// block.
+template <class Real>
+void add_shell_mapped(const Real* ESTIF, const std::int32_t* IELNOD, const std::int32_t* IDIAG,
+                      const std::int32_t* NBAND, const std::int32_t* NDOF, double* SKY,
+                      const std::int32_t* NUMNOD, const std::int32_t* IDOFMAP,
+                      const std::int32_t* IELEM, const std::int32_t* LDCN,
+                      const std::int32_t* LDES) {
+    add_shell(ShellElement<Real>{.estif = host_rows(ESTIF, {0, *LDES}),
+                                 .ielnod = host_rows(IELNOD, {0, *LDCN}),
+                                 .ielem = *IELEM,
+                                 .slots = 8,
+                                 .ndof = *NDOF,
+                                 .numnod = host_array(NUMNOD)},
+              MappedOrder{host_array(IDOFMAP)},
+              Skyline{.diag = host_array(IDIAG), .sky = host_array(SKY), .band = *NBAND});
+}
+
+// NSLOT slots, degrees of freedom in element order.
+template <class Real>
+void add_shell_slots(const Real* ESTIF, const std::int32_t* IELNOD, const std::int32_t* IDIAG,
+                     const std::int32_t* NBAND, const std::int32_t* NDOF, double* SKY,
+                     const std::int32_t* NUMNOD, const std::int32_t* IELEM,
+                     const std::int32_t* LDCN, const std::int32_t* LDES,
+                     const std::int32_t* NSLOT) {
+    add_shell(ShellElement<Real>{.estif = host_rows(ESTIF, {0, *LDES}),
+                                 .ielnod = host_rows(IELNOD, {0, *LDCN}),
+                                 .ielem = *IELEM,
+                                 .slots = *NSLOT,
+                                 .ndof = *NDOF,
+                                 .numnod = host_array(NUMNOD)},
+              ElementOrder{},
+              Skyline{.diag = host_array(IDIAG), .sky = host_array(SKY), .band = *NBAND});
+}
+
 }  // namespace
 }  // namespace shellfe
 
@@ -83,14 +120,15 @@ extern "C" void ADDSHELLTOSDLLDOTNET(const float* ESTIF, const int32_t* IELNOD, 
                                      const int32_t* IDOFMAP, const int32_t* IELEM,
                                      const int32_t* LDCN, const void*, const void*,
                                      const int32_t* LDES) noexcept {
-    add_shell(ShellElement{.estif = host_rows(ESTIF, {0, *LDES}),
-                           .ielnod = host_rows(IELNOD, {0, *LDCN}),
-                           .ielem = *IELEM,
-                           .slots = 8,
-                           .ndof = *NDOF,
-                           .numnod = host_array(NUMNOD)},
-              MappedOrder{host_array(IDOFMAP)},
-              Skyline{.diag = host_array(IDIAG), .sky = host_array(SKY), .band = *NBAND});
+    add_shell_mapped(ESTIF, IELNOD, IDIAG, NBAND, NDOF, SKY, NUMNOD, IDOFMAP, IELEM, LDCN, LDES);
+}
+
+extern "C" void shellfe_add_shell_to_skyline_mapped(
+    const double* ESTIF, const int32_t* IELNOD, const void*, const int32_t* IDIAG,
+    const int32_t* NBAND, const int32_t* NDOF, double* SKY, const int32_t* NUMNOD,
+    const int32_t* IDOFMAP, const int32_t* IELEM, const int32_t* LDCN, const void*, const void*,
+    const int32_t* LDES) noexcept {
+    add_shell_mapped(ESTIF, IELNOD, IDIAG, NBAND, NDOF, SKY, NUMNOD, IDOFMAP, IELEM, LDCN, LDES);
 }
 
 extern "C" void ADDSHELLTOSDOTNET(const float* ESTIF, const int32_t* IELNOD, const void*,
@@ -98,12 +136,15 @@ extern "C" void ADDSHELLTOSDOTNET(const float* ESTIF, const int32_t* IELNOD, con
                                   double* SKY, const int32_t* NUMNOD, const int32_t* IELEM,
                                   const int32_t* LDCN, const void*, const void*,
                                   const int32_t* LDES, const int32_t* NSLOT) noexcept {
-    add_shell(ShellElement{.estif = host_rows(ESTIF, {0, *LDES}),
-                           .ielnod = host_rows(IELNOD, {0, *LDCN}),
-                           .ielem = *IELEM,
-                           .slots = *NSLOT,
-                           .ndof = *NDOF,
-                           .numnod = host_array(NUMNOD)},
-              ElementOrder{},
-              Skyline{.diag = host_array(IDIAG), .sky = host_array(SKY), .band = *NBAND});
+    add_shell_slots(ESTIF, IELNOD, IDIAG, NBAND, NDOF, SKY, NUMNOD, IELEM, LDCN, LDES, NSLOT);
+}
+
+extern "C" void shellfe_add_shell_to_skyline(const double* ESTIF, const int32_t* IELNOD,
+                                             const void*, const int32_t* IDIAG,
+                                             const int32_t* NBAND, const int32_t* NDOF,
+                                             double* SKY, const int32_t* NUMNOD,
+                                             const int32_t* IELEM, const int32_t* LDCN,
+                                             const void*, const void*, const int32_t* LDES,
+                                             const int32_t* NSLOT) noexcept {
+    add_shell_slots(ESTIF, IELNOD, IDIAG, NBAND, NDOF, SKY, NUMNOD, IELEM, LDCN, LDES, NSLOT);
 }

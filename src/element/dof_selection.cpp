@@ -12,7 +12,8 @@ namespace {
 // entry at a time in this loop order: a host may pass one matrix as both
 // source and destination, and then the order decides which entries are read
 // before they are overwritten.
-void select_node_dofs(const Array2<const float>& src, const Array2<float>& dst, Index nnode,
+template <class Real>
+void select_node_dofs(const Array2<const Real>& src, const Array2<Real>& dst, Index nnode,
                       const Array1<const std::int32_t>& idof, Index nsel) {
     const NodeBlocks six{6};
     for (Index a = 1; a <= nnode; ++a)
@@ -30,6 +31,13 @@ using namespace shellfe;
 
 extern "C" void BUILDESTIF1DOTNET(const int32_t* NNODE, const int32_t* NSEL, const int32_t* LDK,
                                   const float* ESRC, float* EDST, const int32_t* IDOF) noexcept {
+    select_node_dofs(host_array(ESRC, {0, *LDK}), host_array(EDST, {0, *LDK}), *NNODE,
+                     host_array(IDOF), *NSEL);
+}
+
+extern "C" void shellfe_select_dofs(const int32_t* NNODE, const int32_t* NSEL, const int32_t* LDK,
+                                    const double* ESRC, double* EDST,
+                                    const int32_t* IDOF) noexcept {
     select_node_dofs(host_array(ESRC, {0, *LDK}), host_array(EDST, {0, *LDK}), *NNODE,
                      host_array(IDOF), *NSEL);
 }

@@ -1,8 +1,9 @@
-// Layered plate rigidities, in single precision with a fixed order of
+// Layered plate rigidities, in the working precision with a fixed order of
 // operations.
 #include "element/layered_plate.hpp"
 
 #include "element/angles.hpp"
+#include "frame/precision.hpp"
 
 #include "shellfe.h"
 
@@ -14,65 +15,76 @@ namespace shellfe {
 namespace {
 
 // Transverse shear correction 5/6, applied as a division by 1.2.
-constexpr float kShearCorrectionDivisor = 1.2f;
+template <class Real>
+constexpr Real kShearCorrectionDivisor = literal<Real>(1.2);
+static_assert(kShearCorrectionDivisor<float> == 1.2f);
+// The same folded with the 2 of G = E / 2(1 + nu).
+template <class Real>
+constexpr Real kFoldedShearDivisor = literal<Real>(2.4);
+static_assert(kFoldedShearDivisor<float> == 2.4f);
 constexpr Index kLastPropertyColumn = 17;
 
 // Sine and cosine of a layer's material angle (column 17, degrees).
-SinCos layer_trig(const LayeredPlate& p, Index layer) {
-    return sin_cos(degrees_to_radians(p.layers(layer, 17)));
+template <class Real>
+SinCosOf<Real> layer_trig(const LayeredPlate<Real>& p, Index layer) {
+    return angle_sin_cos(p.layers(layer, 17));
 }
 
 // Modulus, Poisson's ratio and total thickness of a plate of two identical,
 // unrotated, isotropic layers, which has a closed form.
+template <class Real>
 struct UniformPair {
-    float e, nu, t;
+    Real e, nu, t;
 };
 
 // Exact comparisons: any difference, or a NaN anywhere, takes the layered
 // path (nullopt).
-std::optional<UniformPair> uniform_isotropic_pair(const LayeredPlate& p) {
+template <class Real>
+std::optional<UniformPair<Real>> uniform_isotropic_pair(const LayeredPlate<Real>& p) {
     if (p.nlay != 2) return std::nullopt;
     const auto& t = p.layers;
     for (Index j = 1; j <= kLastPropertyColumn; ++j) {
         if (!(t(1, j) == t(2, j))) return std::nullopt;
     }
-    if (!(t(1, 17) == 0.0f && t(1, 1) == t(1, 8) && t(1, 10) == t(1, 11))) return std::nullopt;
-    return UniformPair{t(1, 8), t(1, 2), std::fabs(p.z(3) - p.z(1))};
+    if (!(t(1, 17) == Real(0) && t(1, 1) == t(1, 8) && t(1, 10) == t(1, 11))) return std::nullopt;
+    return UniformPair<Real>{t(1, 8), t(1, 2), std::fabs(p.z(3) - p.z(1))};
 }
 
 // Rotated reduced stiffness of one layer in bending, components x, y, xy.
 // Deliberately, column 8 of the layer table enters the x-x term and column 1
 // the y-y term at zero angle (the reverse of the membrane material), and the
 // coupling is formed as E8 * nu21 / den: layered models of existing hosts
-// were calibrated with this assignment.
-Matrix3 layer_bending_stiffness(const LayeredPlate& p, Index layer) {
+// were calibrated with this assignment. That coupling is E8/E1 times the
+// plane-stress one, nu * E8 / den, which a host of the extension may choose.
+template <class Real>
+Matrix3Of<Real> layer_bending_stiffness(const LayeredPlate<Real>& p, Index layer) {
     const auto& t = p.layers;
-    const float e1 = t(layer, 1);
-    const float nu = t(layer, 2);
-    const float e8 = t(layer, 8);
-    const float g = t(layer, 9);
+    const Real e1 = t(layer, 1);
+    const Real nu = t(layer, 2);
+    const Real e8 = t(layer, 8);
+    const Real g = t(layer, 9);
     const auto [s, c] = layer_trig(p, layer);
 
-    const float nu21 = (nu * e8) / e1;
-    const float den = 1.0f - nu * nu21;
-    const float qa = e8 / den;
-    const float qb = e1 / den;
-    const float qc = (e8 * nu21) / den;
+    const Real nu21 = (nu * e8) / e1;
+    const Real den = Real(1) - nu * nu21;
+    const Real qa = e8 / den;
+    const Real qb = e1 / den;
+    const Real qc = p.formulas.physical_bending_coupling ? (nu * e8) / den : (e8 * nu21) / den;
 
-    const float c2 = c * c;
-    const float s2 = s * s;
-    const float pp = 2.0f * qc + 4.0f * g;
-    const float h = (qc - qb) + 2.0f * g;
-    const float f = (qa - qc) - 2.0f * g;
-    const float c4s4 = c2 * c2 + s2 * s2;
+    const Real c2 = c * c;
+    const Real s2 = s * s;
+    const Real pp = Real(2) * qc + Real(4) * g;
+    const Real h = (qc - qb) + Real(2) * g;
+    const Real f = (qa - qc) - Real(2) * g;
+    const Real c4s4 = c2 * c2 + s2 * s2;
 
-    Matrix3 q;
+    Matrix3Of<Real> q;
     q(1, 1) = pp * s2 * c2 + (c2 * qa * c2 + s2 * qb * s2);
     q(2, 2) = s2 * qa * s2 + c2 * qb * c2 + pp * c2 * s2;
-    q(1, 2) = c4s4 * qc + ((qa + qb) - 4.0f * g) * c2 * s2;
+    q(1, 2) = c4s4 * qc + ((qa + qb) - Real(4) * g) * c2 * s2;
     q(1, 3) = (f * c2 + h * s2) * s * c;
     q(2, 3) = (f * s2 + h * c2) * s * c;
-    q(3, 3) = c4s4 * g + (((qa + qb) - 2.0f * qc) - 2.0f * g) * c2 * s2;
+    q(3, 3) = c4s4 * g + (((qa + qb) - Real(2) * qc) - Real(2) * g) * c2 * s2;
     q(2, 1) = q(1, 2);
     q(3, 1) = q(1, 3);
     q(3, 2) = q(2, 3);
@@ -81,53 +93,60 @@ Matrix3 layer_bending_stiffness(const LayeredPlate& p, Index layer) {
 
 }  // namespace
 
-Matrix3 bending_rigidities(const LayeredPlate& p) {
-    Matrix3 d;
+template <class Real>
+Matrix3Of<Real> bending_rigidities(const LayeredPlate<Real>& p) {
+    Matrix3Of<Real> d;
     if (const auto pair = uniform_isotropic_pair(p)) {
         const auto [e, nu, t] = *pair;
-        const float dd = (((e * t) * t) * t) / ((1.0f - nu * nu) * 12.0f);
+        const Real dd = (((e * t) * t) * t) / ((Real(1) - nu * nu) * Real(12));
         d(1, 1) = dd;
         d(2, 2) = dd;
         d(2, 1) = nu * dd;
         d(1, 2) = nu * dd;
-        d(3, 3) = ((1.0f - nu) * 0.5f) * dd;
+        d(3, 3) = ((Real(1) - nu) * Real(0.5)) * dd;
         return d;
     }
     // Each entry sums its layers in order from zero; the layer matrix is
     // symmetric, so both off-diagonal entries receive identical sums.
     for (Index layer = 1; layer <= p.nlay; ++layer) {
-        const Matrix3 q = layer_bending_stiffness(p, layer);
-        const float zb = p.z(layer);
-        const float zt = p.z(layer + 1);
-        const float dz3 = zt * zt * zt - zb * zb * zb;
+        const Matrix3Of<Real> q = layer_bending_stiffness(p, layer);
+        const Real zb = p.z(layer);
+        const Real zt = p.z(layer + 1);
+        const Real dz3 = zt * zt * zt - zb * zb * zb;
         for (Index c = 1; c <= 3; ++c) {
-            for (Index r = 1; r <= 3; ++r) d(r, c) = d(r, c) + (dz3 * q(r, c)) / 3.0f;
+            for (Index r = 1; r <= 3; ++r) d(r, c) = d(r, c) + (dz3 * q(r, c)) / Real(3);
         }
     }
     return d;
 }
 
-Matrix2 shear_rigidities(const LayeredPlate& p) {
-    Matrix2 d;
+template <class Real>
+Matrix2Of<Real> shear_rigidities(const LayeredPlate<Real>& p) {
+    Matrix2Of<Real> d;
     if (const auto pair = uniform_isotropic_pair(p)) {
         const auto [e, nu, t] = *pair;
         // G t 5/6 with G = E / 2(1 + nu): the factor 2 and the 1.2 are folded.
-        const float ss = (e * t) / (nu * 2.4f + 2.4f);
+        const Real ss = (e * t) / (nu * kFoldedShearDivisor<Real> + kFoldedShearDivisor<Real>);
         d(1, 1) = ss;
         d(2, 2) = ss;
         return d;
     }
     for (Index layer = 1; layer <= p.nlay; ++layer) {
         const auto& t = p.layers;
-        const float g10 = t(layer, 10) / kShearCorrectionDivisor;
-        const float g11 = t(layer, 11) / kShearCorrectionDivisor;
+        const Real g10 = t(layer, 10) / kShearCorrectionDivisor<Real>;
+        const Real g11 = t(layer, 11) / kShearCorrectionDivisor<Real>;
         const auto [s, c] = layer_trig(p, layer);
-        Matrix2 q;
+        Matrix2Of<Real> q;
         q(1, 1) = c * g11 * c + s * g10 * s;
         q(2, 2) = c * g10 * c + s * g11 * s;
-        q(1, 2) = ((g10 - g11) * c) * s;
+        // Deliberately (g10 - g11): the shear moduli turn by -theta where
+        // the bending and membrane moduli turn by +theta, as the compatible
+        // hosts' layered models were calibrated; (g11 - g10) turns them
+        // with the layer.
+        q(1, 2) = p.formulas.physical_shear_rotation ? ((g11 - g10) * c) * s
+                                                     : ((g10 - g11) * c) * s;
         q(2, 1) = q(1, 2);
-        const float dz = p.z(layer + 1) - p.z(layer);
+        const Real dz = p.z(layer + 1) - p.z(layer);
         for (Index col = 1; col <= 2; ++col) {
             for (Index r = 1; r <= 2; ++r) d(r, col) = d(r, col) + dz * q(r, col);
         }
@@ -135,12 +154,10 @@ Matrix2 shear_rigidities(const LayeredPlate& p) {
     return d;
 }
 
-namespace {
-
-// Which matrix a call forms: the bending matrix when ibend is 1, otherwise
-// the shear matrix when ishear is 1, otherwise none. One per call.
-void form_plate_rigidities(const LayeredPlate& plate, std::int32_t ibend, std::int32_t ishear,
-                           const Array2<float>& dbend, const Array2<float>& dshear) {
+template <class Real>
+void form_plate_rigidities(const LayeredPlate<Real>& plate, std::int32_t ibend,
+                           std::int32_t ishear, const Array2<Real>& dbend,
+                           const Array2<Real>& dshear) {
     if (ibend == 1) {
         store(bending_rigidities(plate), dbend);
     } else if (ishear == 1) {
@@ -148,7 +165,15 @@ void form_plate_rigidities(const LayeredPlate& plate, std::int32_t ibend, std::i
     }
 }
 
-}  // namespace
+#define SHELLFE_LAYERED_PLATE(Real)                                                            \
+    template Matrix3Of<Real> bending_rigidities(const LayeredPlate<Real>&);                   \
+    template Matrix2Of<Real> shear_rigidities(const LayeredPlate<Real>&);                     \
+    template void form_plate_rigidities(const LayeredPlate<Real>&, std::int32_t, std::int32_t, \
+                                        const Array2<Real>&, const Array2<Real>&);
+SHELLFE_LAYERED_PLATE(float)
+SHELLFE_LAYERED_PLATE(double)
+#undef SHELLFE_LAYERED_PLATE
+
 }  // namespace shellfe
 
 using namespace shellfe;
@@ -158,4 +183,12 @@ extern "C" void MODPBDLLDOTNET(float* DBEND, float* DSHEAR, const int32_t* IBEND
                                const int32_t* NLAY) noexcept {
     form_plate_rigidities(layered_plate(PROP, ZLAY, *NLAY), *IBEND, *ISHEAR,
                           host_array(DBEND, {0, 3}), host_array(DSHEAR, {0, 2}));
+}
+
+extern "C" void shellfe_plate_rigidities(double* DBEND, double* DSHEAR, const int32_t* IBEND,
+                                         const int32_t* ISHEAR, const double* PROP,
+                                         const double* ZLAY, const int32_t* NLAY,
+                                         const int32_t* OPTIONS) noexcept {
+    form_plate_rigidities(layered_plate(PROP, ZLAY, *NLAY, layer_formulas(*OPTIONS)), *IBEND,
+                          *ISHEAR, host_array(DBEND, {0, 3}), host_array(DSHEAR, {0, 2}));
 }

@@ -1,8 +1,9 @@
 // Plane-stress matrix of an orthotropic material turned against the element
-// axes, in single precision with a fixed order of operations.
+// axes, in the working precision with a fixed order of operations.
 #include "element/membrane_material.hpp"
 
 #include "element/angles.hpp"
+#include "frame/precision.hpp"
 
 #include "shellfe.h"
 
@@ -14,24 +15,22 @@ namespace {
 // Below this angle in radians (about 0.0573 degrees) the rotation is skipped
 // and the unrotated matrix, with exact zero couplings, is returned. Hosts
 // rely on the exact zeros for materials entered with tiny angles.
-constexpr float kSmallestRotation = 0.001f;
+template <class Real>
+constexpr Real kSmallestRotation = threshold<Real>(0.001f);
 }  // namespace
 
-OrthotropicMaterial read_orthotropic_material(Array2<const float> prop, Index row) {
-    return {prop(row, 1), prop(row, 2), prop(row, 8), prop(row, 9), prop(row, 17)};
-}
+template <class Real>
+Matrix3Of<Real> rotated_plane_stress(const OrthotropicMaterial<Real>& m, FormedTriangle formed) {
+    const Real r = ((m.nu12 * m.nu12) * m.e2) / m.e1;  // nu12 * nu21
+    const Real den = Real(1) - r;
+    const Real q22 = m.e2 / den;
+    const Real q11 = m.e1 / den;
+    const Real q12 = m.nu12 * q22;
+    const Real g = m.g12;
 
-Matrix3 rotated_plane_stress(const OrthotropicMaterial& m, FormedTriangle formed) {
-    const float r = ((m.nu12 * m.nu12) * m.e2) / m.e1;  // nu12 * nu21
-    const float den = 1.0f - r;
-    const float q22 = m.e2 / den;
-    const float q11 = m.e1 / den;
-    const float q12 = m.nu12 * q22;
-    const float g = m.g12;
-
-    Matrix3 d;
-    const float theta = degrees_to_radians(m.angle_deg);
-    if (std::fabs(theta) < kSmallestRotation) {
+    Matrix3Of<Real> d;
+    const Real theta = degrees_to_radians(m.angle_deg);
+    if (std::fabs(theta) < kSmallestRotation<Real>) {
         d(1, 1) = q11;
         d(2, 1) = q12;
         d(1, 2) = q12;
@@ -40,13 +39,13 @@ Matrix3 rotated_plane_stress(const OrthotropicMaterial& m, FormedTriangle formed
         return d;  // couplings with the shear component stay exactly zero
     }
 
-    const auto [s, c] = sin_cos(theta);
-    const float c2 = c * c;
-    const float s2 = s * s;
-    const float cs = c * s;
-    const float two_cs = 2.0f * cs;
+    const auto [s, c] = angle_sin_cos(m.angle_deg);
+    const Real c2 = c * c;
+    const Real s2 = s * s;
+    const Real cs = c * s;
+    const Real two_cs = Real(2) * cs;
 
-    Matrix3 t;
+    Matrix3Of<Real> t;
     t(1, 1) = c2;
     t(1, 2) = s2;
     t(1, 3) = -two_cs;
@@ -57,7 +56,7 @@ Matrix3 rotated_plane_stress(const OrthotropicMaterial& m, FormedTriangle formed
     t(3, 2) = -cs;
     t(3, 3) = c2 - s2;
 
-    Matrix3 a;  // T Q
+    Matrix3Of<Real> a;  // T Q
     a(1, 1) = q11 * c2 + q12 * s2;
     a(2, 1) = q11 * s2 + q12 * c2;
     a(3, 1) = q11 * cs + q12 * (-cs);
@@ -75,7 +74,7 @@ Matrix3 rotated_plane_stress(const OrthotropicMaterial& m, FormedTriangle formed
     for (Index j = 1; j <= 3; ++j) {
         for (Index i = j; i <= 3; ++i) {
             // formed entry (i, j) below or (j, i) above the diagonal
-            const float v = formed == FormedTriangle::lower ? entry(i, j) : entry(j, i);
+            const Real v = formed == FormedTriangle::lower ? entry(i, j) : entry(j, i);
             d(i, j) = v;
             d(j, i) = v;
         }
@@ -83,14 +82,32 @@ Matrix3 rotated_plane_stress(const OrthotropicMaterial& m, FormedTriangle formed
     return d;
 }
 
+template Matrix3Of<float> rotated_plane_stress(const OrthotropicMaterial<float>&, FormedTriangle);
+template Matrix3Of<double> rotated_plane_stress(const OrthotropicMaterial<double>&,
+                                                FormedTriangle);
+
+namespace {
+
+// The stand-alone routine forms the lower triangle; the membrane element
+// forms the upper one. Each keeps its own rounding on purpose.
+template <class Real>
+void membrane_material(Real* DMAT, const Real* PROP, const std::int32_t* IMAT,
+                       const std::int32_t* NMAT) {
+    const auto m = read_orthotropic_material(host_array(PROP, {0, *NMAT}), *IMAT);
+    store(rotated_plane_stress(m, FormedTriangle::lower), host_array(DMAT, {0, 3}));
+}
+
+}  // namespace
 }  // namespace shellfe
 
 using namespace shellfe;
 
 extern "C" void MODIPDLLDOTNET(float* DMAT, const float* PROP, const int32_t* IMAT,
                                const int32_t* NMAT) noexcept {
-    // The stand-alone routine forms the lower triangle; the membrane element
-    // forms the upper one. Each keeps its own rounding on purpose.
-    const OrthotropicMaterial m = read_orthotropic_material(host_array(PROP, {0, *NMAT}), *IMAT);
-    store(rotated_plane_stress(m, FormedTriangle::lower), host_array(DMAT, {0, 3}));
+    membrane_material(DMAT, PROP, IMAT, NMAT);
+}
+
+extern "C" void shellfe_membrane_material(double* DMAT, const double* PROP, const int32_t* IMAT,
+                                          const int32_t* NMAT) noexcept {
+    membrane_material(DMAT, PROP, IMAT, NMAT);
 }

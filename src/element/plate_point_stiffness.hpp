@@ -10,22 +10,28 @@
 #include "element/small_matrix.hpp"
 #include "frame/canonical_nan.hpp"
 
+// A comma inside a macro argument, for the extension's extra OPTIONS
+// argument in the macros that declare each compatible routine together with
+// its double-precision mirror.
+#define SHELLFE_COMMA ,
+
 namespace shellfe {
 
 // Where a plate routine adds its stiffness: degree of freedom c (1..3) of
 // node n is index blocks.index(n, c) = IOFF + c + NDOFN (n - 1) of estif,
 // (0:LDES, 0:*).
+template <class Real>
 struct PlateDofs {
-    Array2<float> estif;
+    Array2<Real> estif;
     NodeBlocks blocks;
 };
 
 // Strain vectors of the three degrees of freedom of one node: v[r-1][m-1] is
 // component m of the strain of degree of freedom r. NC = 3 curvatures
 // (bending) or 2 transverse shear strains.
-template <int NC>
+template <int NC, class Real>
 struct NodeStrains {
-    float v[3][NC];
+    Real v[3][NC];
 };
 
 // Adds f * g_i,c . (D g_j,r) to ESTIF(ioff + r + ndofn (j-1), ioff + c +
@@ -39,9 +45,9 @@ struct NodeStrains {
 // functions and derivatives, so they are formed where they are used rather
 // than tabulated first (a table of up to 81 entries per point, filled and
 // read back, cost more than forming them twice).
-template <int NC, class Strains>
-void add_plate_point(const SmallMatrix<NC, NC>& d, Strains&& strains, Index nnode, float f,
-                     const PlateDofs& dofs) {
+template <int NC, class Real, class Strains>
+void add_plate_point(const SmallMatrix<NC, NC, Real>& d, Strains&& strains, Index nnode, Real f,
+                     const PlateDofs<Real>& dofs) {
     // Node j's degree of freedom r (from 0) sits at q = 3 (j - 1) + r of the
     // flattened tables below, so the loops over node pairs run over one
     // contiguous index and vectorise.
@@ -49,29 +55,29 @@ void add_plate_point(const SmallMatrix<NC, NC>& d, Strains&& strains, Index nnod
     const Index nq = 3 * nnode;
 
     // pr[m][q] = (D g_j,r)(m), a left-to-right sum over the strain components.
-    float pr[NC][Q];
+    Real pr[NC][Q];
     for (int m = 0; m < NC; ++m) {
-        float dm[NC];
+        Real dm[NC];
         for (int k = 0; k < NC; ++k) dm[k] = d(m + 1, k + 1);
         for (Index j = 1; j <= nnode; ++j) {
-            const NodeStrains<NC> g = strains(j);
+            const NodeStrains<NC, Real> g = strains(j);
             for (int r = 0; r < 3; ++r) {
-                float v = dm[0] * g.v[r][0];
+                Real v = dm[0] * g.v[r][0];
                 for (int k = 1; k < NC; ++k) v = v + dm[k] * g.v[r][k];
                 pr[m][3 * (j - 1) + r] = v;
             }
         }
     }
 
-    float kk[3][Q];  // kk[c][q]: K(r, c) of the block of nodes (j, i)
+    Real kk[3][Q];  // kk[c][q]: K(r, c) of the block of nodes (j, i)
     for (Index i = 1; i <= nnode; ++i) {
-        const NodeStrains<NC> g = strains(i);
+        const NodeStrains<NC, Real> g = strains(i);
         const Index q0 = 3 * (i - 1);
         for (int c = 0; c < 3; ++c) {
-            const float* gi = g.v[c];
-            float* out = kk[c];
+            const Real* gi = g.v[c];
+            Real* out = kk[c];
             for (Index q = q0; q < nq; ++q) {
-                float v = gi[0] * pr[0][q];
+                Real v = gi[0] * pr[0][q];
                 for (int m = 1; m < NC; ++m) v = v + gi[m] * pr[m][q];
                 out[q] = v;
             }
@@ -82,7 +88,7 @@ void add_plate_point(const SmallMatrix<NC, NC>& d, Strains&& strains, Index nnod
             const Index q = 3 * (j - 1);
             for (int c = 0; c < 3; ++c) {
                 for (int r = 0; r < 3; ++r) {
-                    float& e = dofs.estif(row0 + r + 1, col0 + c + 1);
+                    Real& e = dofs.estif(row0 + r + 1, col0 + c + 1);
                     e = e + f * kk[c][q + r];
                 }
             }
@@ -93,23 +99,26 @@ void add_plate_point(const SmallMatrix<NC, NC>& d, Strains&& strains, Index nnod
 // Integrates a plate element. The bending and the transverse-shear routines
 // are this one block with a different Strain policy, which supplies
 //   static constexpr int components;          // NC: 3 curvatures or 2 shear strains
-//   static SmallMatrix<NC, NC> rigidities(const LayeredPlate&);
-//   static NodeStrains<NC> of_node(const PointData&, Index n);
+//   template <class Real>
+//   static SmallMatrix<NC, NC, Real> rigidities(const LayeredPlate<Real>&);
+//   template <class Real>
+//   static NodeStrains<NC, Real> of_node(const PointData<Real>&, Index n);
 // The policy's functions are called directly and inline at every point and
 // node.
 //
 // A plate element is abandoned at its first degenerate point, unlike the
 // membrane element: hosts test DETJ = -1.0 and rebuild the element rather
 // than use a stiffness integrated with a flipped sign.
-template <class Strain>
-void integrate_plate(const ElementPoints& e, const LayeredPlate& plate, const PlateDofs& dofs) {
+template <class Strain, class Real>
+void integrate_plate(const ElementPoints<Real>& e, const LayeredPlate<Real>& plate,
+                     const PlateDofs<Real>& dofs) {
     constexpr int NC = Strain::components;
     bool added = false;
-    for_each_integration_point(e, DegeneratePoint::abandon_element, [&](const PointData& p) {
+    for_each_integration_point(e, DegeneratePoint::abandon_element, [&](const PointData<Real>& p) {
         // Formed afresh at every point, after the thickness is written: a
         // host may pass its material table as the layer table too, and the
         // written column takes part in the closed-form test.
-        const SmallMatrix<NC, NC> d = Strain::rigidities(plate);
+        const SmallMatrix<NC, NC, Real> d = Strain::rigidities(plate);
         add_plate_point(d, [&p](Index n) { return Strain::of_node(p, n); }, e.nnode, p.det_weight,
                         dofs);
         added = true;
@@ -122,25 +131,32 @@ void integrate_plate(const ElementPoints& e, const LayeredPlate& plate, const Pl
         for (Index j = i; j <= e.nnode; ++j)
             for (Index c = 1; c <= 3; ++c)
                 for (Index r = 1; r <= 3; ++r) {
-                    float& v = dofs.estif(dofs.blocks.index(j, r), dofs.blocks.index(i, c));
-                    if (v != v) v = canonical_nan<float>();
+                    Real& v = dofs.estif(dofs.blocks.index(j, r), dofs.blocks.index(i, c));
+                    if (v != v) v = canonical_nan<Real>();
                 }
 }
 
 // The host's arguments of the two plate routines, which differ only in their
-// order and in NGPT2, which the shear routine does not count.
+// order and in NGPT2, which the shear routine does not count. The
+// compatible routines have no OPTIONS (null): they keep the default layer
+// formulas.
+template <class Real>
 struct PlateArgs {
-    ElementArgs element;
+    ElementArgs<Real> element;
     const std::int32_t *IOFF, *NDOFN, *LDES;
-    float* ESTIF;
-    const float *PLAY, *ZLAY;
+    Real* ESTIF;
+    const Real *PLAY, *ZLAY;
     const std::int32_t* NLAY;
+    const std::int32_t* OPTIONS;
 };
 
-template <class Strain>
-void integrate_plate(const PlateArgs& a) {
-    integrate_plate<Strain>(element_points(a.element), layered_plate(a.PLAY, a.ZLAY, *a.NLAY),
-                            {host_array(a.ESTIF, {0, *a.LDES}), NodeBlocks{*a.NDOFN, *a.IOFF}});
+template <class Strain, class Real>
+void integrate_plate(const PlateArgs<Real>& a) {
+    const LayerFormulas formulas = a.OPTIONS ? layer_formulas(*a.OPTIONS) : LayerFormulas{};
+    integrate_plate<Strain>(element_points(a.element),
+                            layered_plate(a.PLAY, a.ZLAY, *a.NLAY, formulas),
+                            PlateDofs<Real>{host_array(a.ESTIF, {0, *a.LDES}),
+                                            NodeBlocks{*a.NDOFN, *a.IOFF}});
 }
 
 }  // namespace shellfe

@@ -55,18 +55,22 @@ inline constexpr NaturalPoint kTriangleNodes[7] = {
 
 // Values and natural derivatives of the shape functions at one point, by node
 // number 1..9; index 0 is kept so that node k sits at index k, and is zero.
-struct ShapeTable {
-    float value[kMaxElementNodes + 1];
-    float d_dxi[kMaxElementNodes + 1];
+template <class Real>
+struct ShapeTableOf {
+    Real value[kMaxElementNodes + 1];
+    Real d_dxi[kMaxElementNodes + 1];
     // dN/deta; for the quintic Hermite line, which has no eta, d2N/dxi2: the
     // element routines treat it like d/deta, which is what hosts of that
     // family expect.
-    float d_deta[kMaxElementNodes + 1];
+    Real d_deta[kMaxElementNodes + 1];
 };
+using ShapeTable = ShapeTableOf<float>;
 
 // Fills the whole table (all ten rows of all three columns) for family
 // `ntype` at (xi, eta). An unknown code is not an error: the table comes back
-// all zero, which downstream gives a zero Jacobian.
-void evaluate_shape_functions(std::int32_t ntype, float xi, float eta, ShapeTable& shape);
+// all zero, which downstream gives a zero Jacobian. Instantiated for float
+// and double.
+template <class Real>
+void evaluate_shape_functions(std::int32_t ntype, Real xi, Real eta, ShapeTableOf<Real>& shape);
 
 }  // namespace shellfe

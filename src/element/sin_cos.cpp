@@ -16,9 +16,11 @@
 // Only integer and double arithmetic in a fixed order (no fused
 // multiply-add) is used, so every compiler and CPU gives the same bits.
 #include "element/angles.hpp"
+#include "frame/canonical_nan.hpp"
 #include "frame/expansion.hpp"
 
 #include <bit>
+#include <cmath>
 #include <cstdint>
 #include <limits>
 
@@ -162,6 +164,50 @@ SinCos sin_cos(float radians) noexcept {
         }
     }
     return {negative ? -fs : fs, fc};
+}
+
+namespace {
+// pi/180 as a sum of two doubles.
+constexpr double kDegreeHi = 0x1.1df46a2529d39p-6;
+constexpr double kDegreeLo = 0x1.5c1d8becdd291p-62;
+}  // namespace
+
+SinCosOf<double> sin_cos_degrees(double degrees) noexcept {
+    if (!(degrees - degrees == 0.0)) {  // infinite or NaN
+        const double nan = canonical_nan<double>();
+        return {nan, nan};
+    }
+    // |degrees| modulo 360, then the quadrant and the rest in [0, 45]: fmod
+    // is exact, and so are the subtractions (Sterbenz), so the reduction
+    // loses nothing and multiples of 90 degrees give exact zeros and ones.
+    const bool negative = degrees < 0.0;
+    double a = std::fmod(negative ? -degrees : degrees, 360.0);
+    unsigned quadrant = a >= 270.0 ? 3u : a >= 180.0 ? 2u : a >= 90.0 ? 1u : 0u;
+    a = a - 90.0 * quadrant;
+    const bool complement = a > 45.0;  // sin(90 - a) = cos a
+    if (complement) a = 90.0 - a;
+    // r = a * pi/180 as a double-double.
+    double p, e;
+    two_product(a, kDegreeHi, kSplitter, p, e);
+    const double tail = e + a * kDegreeLo;
+    const double r_hi = p + tail;
+    const double r_lo = tail - (r_hi - p);
+    double sr = sin_kernel(r_hi, r_lo);
+    double cr = cos_kernel(r_hi, r_lo);
+    if (complement) {
+        const double t = sr;
+        sr = cr;
+        cr = t;
+    }
+    // Negations written as 0 - v, so that exact zeros stay +0.
+    double s, c;
+    switch (quadrant) {
+        case 0: s = sr; c = cr; break;
+        case 1: s = cr; c = 0.0 - sr; break;
+        case 2: s = 0.0 - sr; c = 0.0 - cr; break;
+        default: s = 0.0 - cr; c = sr; break;
+    }
+    return {negative ? 0.0 - s : s, c};
 }
 
 }  // namespace shellfe

@@ -34,7 +34,7 @@ void invert_in_place(double a[3][3]) {
 }
 
 // The compliance of the plate's bending rigidities, in double.
-void compliance(const LayeredPlate& plate, double c[3][3]) {
+void compliance(const LayeredPlate<float>& plate, double c[3][3]) {
     const Matrix3 d = bending_rigidities(plate);
     for (int r = 0; r < 3; ++r)
         for (int s = 0; s < 3; ++s) c[r][s] = static_cast<double>(d(r + 1, s + 1));
@@ -85,7 +85,7 @@ float error_density(const float e[3], const double c[3][3]) {
 }
 
 void add_moment_error(const ElementData& el, const Moments& mo, const Array2<const float>& gpos,
-                      const LayeredPlate& plate, const ThicknessSlot& thickness,
+                      const LayeredPlate<float>& plate, const ThicknessSlot& thickness,
                       const Accumulators& acc) {
     const std::int32_t family = el.ietyp(el.iel, 1);
     const Index nnodt = element_nodes(static_cast<std::int32_t>(el.nnodt));

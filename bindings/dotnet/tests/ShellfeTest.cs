@@ -114,23 +114,59 @@ static class ShellfeTest
         C.ADDTOCRSMASSDLLDLL(ref one, ref ld, ref nnz, ptr, col, Z, ref nrows, ifix, new double[] { 0, 5, 3, -2 },
             val = D(5), Z, ref row, list, Z, ref one);
         Expect(nnz == 4 && nrows == 2 && ptr[1] == 3 && col[3] == 3 && val[2] == 5, "CRS mass row");
-        // Elements with no node slots leave everything as it was.
-        int zero = 0, cnt = 0;
-        var f = F(64); var d = D(64); var it = I(64);
-        C.BUILDALLNODESTIFFDLLDOTNET(f, ref one, ref zero, F(64), ref one, f, it, Z, it, it, ref one, ref one, ref one,
-            ref one, ref one, Z, ref one, Z, f, F(64), it, ref cnt, it);
-        C.BUILDALLNODESTIFFDLLDOTNET01(f, ref one, ref zero, F(64), ref one, f, it, Z, it, it, ref one, ref one, ref one,
-            ref one, ref one, Z, ref one, Z, f, D(64), it, ref cnt, it);
-        C.BUILDALLNODEMASSDLL(d, ref one, ref zero, D(64), ref one, Z, it, ref one, ref one, ref one, Z, ref one, Z,
-            ref one, it, ref cnt);
-        C.ADDSHELLTOSDLLDOTNET(F(200), I(64), Z, it, ref one, ref one, d, it, I(2), ref one, ref one, Z, Z, ref ld);
-        C.ADDSHELLTOSDOTNET(f, I(64), Z, it, ref one, ref one, d, it, ref one, ref one, Z, Z, ref ld, ref one);
-        C.FELOADTOGLOADDOTNET(ref zero, it, ref one, it, ref one, ref one, f, f, F(64), Z, ref one);
-        C.FELOADTOGLOADDOTNET01(ref zero, it, ref one, it, ref one, ref one, d, f, F(64), Z, ref one);
-        Expect(cnt == 0 && Array.TrueForAll(d, x => x == 0), "empty elements add nothing");
-        int npt = 3, ipt = -1; float xp = 2.1f, yp = 0.9f;
-        C.FINDLOADPOINT(ref npt, ref ipt, ref xp, ref yp, new float[] { 0, 0, 2, 4 }, new float[] { 0, 0, 1, 0 });
+    }
+
+    // Node matrices of node 1 of a two-node bar (one unknown per node, k = 4; row length 3, so
+    // entry (a, b) of a table is at 3a + b): node 1's spring of 5 enters once, node 2's prescribed
+    // displacement 0.5 moves 0.5 * 4 onto node 1's load, and both upper couplings are counted.
+    static void NodeMatrices()
+    {
+        int one = 1, two = 2, cnt = 0;
+        float[] estif = { 0, 0, 0, 0, 4, -4, 0, -4, 4 }, snode = F(6), spring = { 0, 5 }, upres = { 0, 0, 0.5f }, fload = F(2);
+        int[] ielnod = { 0, 0, 0, 1, 0, 2 }, locnod = { 0, 1, 2 }, ivisit = I(3), isprf = { 0, 1, 0 }, map = { 0, 1 };
+        C.BUILDALLNODESTIFFDLLDOTNET(estif, ref one, ref two, snode, ref one, spring, ivisit, Z, ielnod, isprf, ref one,
+            ref one, ref two, ref two, ref two, Z, ref one, Z, upres, fload, locnod, ref cnt, map);
+        Expect(snode[4] == 9 && snode[5] == -4 && cnt == 2 && fload[1] == 2 && ivisit[1] == -1, "stiffness node matrix");
+        // Node 1 is visited now: the spring stays in ESTIF but is not added a second time.
+        var dload = D(2); snode = F(6);
+        C.BUILDALLNODESTIFFDLLDOTNET01(estif, ref one, ref two, snode, ref one, spring, ivisit, Z, ielnod, isprf, ref one,
+            ref one, ref two, ref two, ref two, Z, ref one, Z, upres, dload, locnod, ref cnt, map);
+        Expect(snode[4] == 9 && cnt == 4 && dload[1] == 2, "node matrix, double load " + snode[4] + " " + cnt);
+        // For node 2 the coupling to node 1 lies below the diagonal: only node 2's own entry is gathered.
+        var dnode = D(6); cnt = 0;
+        C.BUILDALLNODEMASSDLL(new double[] { 0, 0, 0, 0, 2, 1, 0, 1, 2 }, ref two, ref two, dnode, ref one, Z, ielnod,
+            ref one, ref one, ref two, Z, ref two, Z, ref one, locnod, ref cnt);
+        Expect(dnode[4] == 0 && dnode[5] == 2 && cnt == 1, "mass node matrix");
+
+        // The same bar into skyline storage, equation I's diagonal at SKY(IDIAG(I+1)), by both routines;
+        // the second time a band of 1 drops the coupling of equations 2 and 1.
+        var sky = D(4); var ses = F(81); int band = 2, eight = 8;
+        ielnod = I(18); ielnod[3] = 1; ielnod[5] = 2;   // slots 3 to 8 empty
+        ses[10] = ses[20] = 4; ses[11] = ses[19] = -4;  // row length 9
+        int[] idiag = { 0, 0, 1, 3 };                   // LOCNOD doubles as the identity numbering
+        C.ADDSHELLTOSDLLDOTNET(ses, ielnod, Z, idiag, ref band, ref one, sky, locnod, map, ref one, ref one, Z, Z, ref eight);
+        band = 1;
+        C.ADDSHELLTOSDOTNET(ses, ielnod, Z, idiag, ref band, ref one, sky, locnod, ref one, ref one, Z, Z, ref eight, ref two);
+        Expect(sky[1] == 8 && sky[2] == -4 && sky[3] == 8, "skyline " + string.Join(" ", sky));
+    }
+
+    static void Loads()
+    {
+        // One node, given negated, with six unknowns: element unknowns 1 and 6 land on offsets 4 and 2
+        // of its global block and leave the node-force table (row length 3) of node 2.
+        int one = 1, two = 2, six = 6; int[] ielnod = { 0, 0, 0, -2 }, numnod = { 0, 0, 1 };
+        float[] eload = { 0, 7, 0, 0, 0, 0, 3 }, g = F(7), nodfrc = F(21); var gd = D(7);
+        C.FELOADTOGLOADDOTNET(ref one, ielnod, ref one, numnod, ref two, ref six, g, eload, nodfrc, Z, ref one);
+        C.FELOADTOGLOADDOTNET01(ref one, ielnod, ref one, numnod, ref two, ref six, gd, eload, nodfrc, Z, ref one);
+        Expect(g[4] == 7 && g[2] == 3 && g[1] + g[3] + g[5] + g[6] == 0 && gd[4] == 7 && gd[2] == 3
+            && nodfrc[1 * 3 + 2] == -14 && nodfrc[6 * 3 + 2] == -6, "element loads " + string.Join(" ", g));
+        // Points (0, 0), (2, 1), (4, 0): the nearest, and the lower index of two at the same distance.
+        int npt = 3, ipt = -1; float xp = 2.1f, yp = 0.9f; float[] xpt = { 0, 0, 2, 4 }, ypt = { 0, 0, 1, 0 };
+        C.FINDLOADPOINT(ref npt, ref ipt, ref xp, ref yp, xpt, ypt);
         Expect(ipt == 2, "nearest load point " + ipt);
+        xp = 1; yp = 0.5f;
+        C.FINDLOADPOINT(ref npt, ref ipt, ref xp, ref yp, xpt, ypt);
+        Expect(ipt == 1, "tied load points " + ipt);
     }
 
     static void Bookkeeping()
@@ -139,10 +175,27 @@ static class ShellfeTest
         memslt[1 * 2 + 1] = 1;   // slot 1 of member 1 is node 1
         C.FEMEMBERSTONODES1DOTNET(Z, ref one, ref maxmem, nodmem, memslt);
         Expect(maxmem == 1 && nodmem[51] == 1 && nodmem[52] == 1, "member incidence");
-        float tol = 0.001f;
-        C.PACKNODFE1DOTNET(I(1), I(1), ref zero, I(9), ref zero, ref zero, F(3));
-        C.SETBEAMINFODLLDOTNET(ref zero, ref zero, I(10), I(1), I(1), I(1), I(1));
-        C.PACKMESHNODESDOTNET(I(1), ref zero, ref zero, F(3), null, ref zero, ref tol);
+        // Nodes 1 and 3 lie within 0.001 of each other; members 1 (nodes 1, 2) and 2 (nodes 2, 3) are
+        // recorded by the incidence routine, then member 2's slot naming node 3 is redirected to node 1.
+        int two = 2, three = 3, fifty = 50; int[] idel = I(4), slots = I(27), records = I(4 * 51);
+        slots[1 * 3 + 1] = 1; slots[2 * 3 + 1] = 2; slots[1 * 3 + 2] = 2; slots[2 * 3 + 2] = 3;
+        C.FEMEMBERSTONODES1DOTNET(Z, ref two, ref maxmem, records, slots);
+        float[] xyz = { 0, 0, 1, 0.0009f, 0, 0, 0, 0, 0, 0, 0, 0 };
+        C.PACKNODFE1DOTNET(idel, records, ref three, slots, ref two, ref fifty, xyz);
+        Expect(maxmem == 2 && idel[3] == -1 && idel[2] == 0 && slots[2 * 3 + 2] == 1 && slots[1 * 3 + 2] == 2, "coincident nodes");
+        // Beam 7-3 lies on the edge of slots 3 and 4 and takes the element's value 42; beam 1-3 joins
+        // slots 1 and 3, which are no edge, and keeps its own.
+        int[] eltab = I(20), ibinfo = I(3), flg = I(10), nodes = { 1, 2, 3, 7, 5, 6, 8, 9 };
+        for (int s = 1; s <= 8; ++s) eltab[s * 2 + 1] = nodes[s - 1];
+        eltab[9 * 2 + 1] = 42;
+        C.SETBEAMINFODLLDOTNET(ref two, ref one, eltab, new[] { 0, 7, 1 }, new[] { 0, 3, 3 }, ibinfo, flg);
+        Expect(ibinfo[1] == 42 && ibinfo[2] == 0 && flg[7] == -1 && flg[3] == -1 && flg[1] == 0, "beam on an element edge");
+        // Mid-side nodes 1 to 8 of two elements along y = 0; node 8 (slot 8 of element 2) repeats node 2.
+        int eight = 8; float tol = 0.001f; var xyp = F(27); idel = I(9); var elslot = I(27);
+        for (int n = 1; n <= 8; ++n) xyp[9 + n] = n;
+        xyp[9 + 8] = 2.0004f;
+        C.PACKMESHNODESDOTNET(idel, ref zero, ref eight, xyp, elslot, ref two, ref tol);
+        Expect(idel[8] == -1 && Array.FindAll(idel, v => v != 0).Length == 1 && elslot[8 * 3 + 2] == 2, "mid-side nodes");
         int isame = 0; float[] ta = { 0, 0, 0, 2 }, tb = { 0, 0, 0, 2 };
         C.COMPAREARRAY(ta, tb, ref one, ref one, ref isame);
         Expect(isame == -1, "equal tables compare the same");
@@ -205,23 +258,48 @@ static class ShellfeTest
         C.CASTNETFMDOTNET(ref peak, new float[] { 0, -7, 3 }, ref zero, ref zero, ref one, ref nnode, F(9), ref rad, ref one,
             ref high, ref low, nodmem, ref one, ref one, ref one, ielnod, ref avg, ref nnode);
         Expect(high == 3 && low == -7 && avg == -2 && peak == 7, "net " + peak + " " + high + " " + low + " " + avg);
-        int nm = 0, nn = 0;
-        foreach (Peak search in new Peak[] { C.GETPEAKMEMNODESDOTNET, C.GETPEAKMEMNODESDOTNET1, C.GETPEAKMEMNODESDOTNET2 })
-            search(ref zero, I(3), I(1), I(1), F(6), ref one, ref rad, ref nm, I(1), ref nn, I(1), ref one, ref zero);
-        Expect(nm == 0 && nn == 0, "no members, nothing found");
-        // The error estimate of an element whose moments match the smoothed ones is zero.
-        float errt = 0; var erre = F(2); int nlay = 1, iel = 1, ntyp = 8;
-        float[] play = F(36), zlay = { 0, -0.1f, 0.1f };
+        // Peak at node 1 (x = 0); member 1 (nodes 1, 2; active) and member 2 (nodes 2, 3; inactive)
+        // both reach within 2 of it through node 2 (x = 1), node 3 (x = 5) does not. Tables have
+        // row length 3; only the first search takes inactive members, and node 2 is listed once.
+        int[] memtab = { 0, 0, 0, 0, 1, 0, 0, 2, 2 }, memnod = { 0, 0, 0, 0, 1, 2, 0, 2, 3 }, memgrp = { 0, 1, 1 };
+        float[] xyzn = { 0, 0, 1, 5, 0, 0, 0, 0, 0, 0, 0, 0 }; float reach = 2; int nmem = 2, ldxyz = 3;
+        var searches = new Peak[] { C.GETPEAKMEMNODESDOTNET, C.GETPEAKMEMNODESDOTNET1, C.GETPEAKMEMNODESDOTNET2 };
+        for (int v = 0; v < 3; ++v)
+        {
+            int nm = 0, nn = 0; int[] mfnd = I(3), nfnd = I(4);
+            searches[v](ref nmem, memtab, memgrp, memnod, xyzn, ref one, ref reach, ref nm, mfnd, ref nn, nfnd, ref ldxyz, ref zero);
+            Expect(nm == (v == 0 ? 2 : 1) && mfnd[1] == 1 && nn == 2 && nfnd[1] == 1 && nfnd[2] == 2 && nfnd[3] == 0,
+                "peak search " + v + ": " + nm + " members, " + nn + " nodes");
+        }
+        // Error estimate of an eight-node element on nodes 1 to 8 (a plate 0.2 thick, E = 30000,
+        // nu = 0.2), unit weight at each of the 9 points: nothing where the smoothed moments equal
+        // the element's, and with Mx smoothed one higher 9 * C11 = 9 * 12 / (E t^3) = 0.45, shared out.
+        int eight = 8, nine = 9; float errt = 0; var erre = F(2); var errn = F(9);
+        float[] sige = F(40), sigs = F(36), gpos = F(11), wdet = F(20), play = F(36), zlay = { 0, -0.1f, 0.1f };
+        int[] ietyp = { 0, 0, 0, 1 }, conn = I(18);
         play[1 + 2 * 1] = 30000; play[1 + 2 * 2] = 0.2f; play[1 + 2 * 8] = 30000; play[1 + 2 * 9] = 12500;
-        C.STERRORDLLDOTNET(F(40), ref iel, I(4), ref one, F(11), Z, ref ntyp, F(20), play, zlay, ref nlay, I(18), F(2),
-            ref errt, F(8), F(20), F(36), erre, ref zero, ref ld9, Z, ref one, ref one);
-        C.STERRORDLLDOTNET1(F(40), ref iel, I(4), ref one, F(11), Z, ref ntyp, F(20), play, zlay, ref nlay, I(18), F(2),
-            ref errt, F(8), F(20), F(36), erre, ref zero, ref ld9, Z, ref one, ref one, ref one);
-        Expect(errt == 0 && erre[1] == 0, "no error without a moment difference");
-        float[] pts = F(15), vals = F(5); float e0 = 0, x0 = 0, delta = 0.5f; int nt = 1;
-        C.SUBDIVIDEPANELDLLDOTNET(F(30), pts, vals, ref e0, ref x0, ref delta, ref nt, F(10));
+        gpos[1 + 3 * 1] = -0.7745967f; gpos[1 + 3 * 3] = 0.7745967f;
+        for (int k = 1; k <= 8; ++k) { conn[1 + 2 * k] = k; sige[k + 10] = sigs[1 + 4 * k] = 2; }
+        for (int p = 11; p <= 19; ++p) wdet[p] = 1;
+        C.STERRORDLLDOTNET(sige, ref one, ietyp, ref one, gpos, Z, ref eight, F(20), play, zlay, ref one, conn, errn,
+            ref errt, F(8), wdet, sigs, erre, ref zero, ref nine, Z, ref one, ref one);
+        Expect(errt == 0 && erre[1] == 0 && Array.TrueForAll(errn, e => e == 0), "no error where the moments agree");
+        for (int k = 1; k <= 8; ++k) sigs[1 + 4 * k] = 3;
+        C.STERRORDLLDOTNET1(sige, ref one, ietyp, ref one, gpos, Z, ref eight, F(20), play, zlay, ref one, conn, errn,
+            ref errt, F(8), wdet, sigs, erre, ref zero, ref nine, Z, ref one, ref one, ref one);
+        float shared = 0; foreach (var e in errn) shared += e;
+        Expect(Math.Abs(errt - 0.45) < 1e-5 && Math.Abs(erre[1] - errt) < 1e-5 && Math.Abs(shared - errt) < 1e-5,
+            "error estimate " + errt + " " + erre[1] + " " + shared);
+        // A straight 2 x 3 panel carrying x as its result: the cell of side 1 at (xi, eta) = (0, -1) runs
+        // from mid-side node 2 past corner node 3 to the panel's centre (1, 1.5). ETA comes before XI.
+        float[] xyz = F(30), nodval = F(10), pts = F(15), vals = F(5);
+        float[] px = { 0, 1, 2, 2, 2, 1, 0, 0 }, py = { 0, 0, 0, 1.5f, 3, 3, 3, 1.5f };
+        for (int k = 1; k <= 8; ++k) { xyz[k] = nodval[k] = px[k - 1]; xyz[k + 10] = py[k - 1]; xyz[k + 20] = 0.5f; }
+        float eta = -1, xi = 0, delta = 1; int kind = 1;   // PTS(k, c) at k + 5(c - 1)
+        C.SUBDIVIDEPANELDLLDOTNET(xyz, pts, vals, ref eta, ref xi, ref delta, ref kind, nodval);
+        Expect(pts[1] == 1 && pts[6] == 0 && pts[2] == 2 && pts[7] == 0 && pts[4] == 1 && pts[9] == 1.5f && pts[14] == 0.5f
+            && vals[1] == 1 && vals[2] == 2 && vals[4] == 1, "cell corners " + string.Join(" ", pts));
     }
-    static int ld9 = 9;
     delegate void Peak(ref int nmem, int[] memtab, int[] memgrp, int[] memnod, float[] xyzn, ref int ipeak, ref float rad,
         ref int nmfnd, int[] mfnd, ref int nnfnd, int[] nfnd, ref int ldxyz, ref int igrp);
 
@@ -254,7 +332,7 @@ static class ShellfeTest
 
     static int Main()
     {
-        Products(); Element(); Assembly(); Bookkeeping(); Geometry(); Results(); Checks();
+        Products(); Element(); Assembly(); NodeMatrices(); Loads(); Bookkeeping(); Geometry(); Results(); Checks();
         Console.WriteLine(failures == 0 ? "all checks passed" : failures + " checks failed");
         return failures == 0 ? 0 : 1;
     }
