@@ -15,7 +15,9 @@
  * libraries. They are valid (arrays as large as the routine's extents, indices
  * inside them) but awkward: angle sweeps, huge and non-finite angles,
  * collapsed and clockwise elements, subnormals, values on and beside the
- * thresholds, product sizes 1 to 70 and a few large ones. A routine's return
+ * thresholds, product sizes 1 to 70 and a few large ones. The double-precision
+ * routines get the inputs of the compatible routine each mirrors, from the
+ * same generator, widened, plus values only double holds. A routine's return
  * value is stored in a one-element RESULT array of the call and hashed with
  * the rest. The outputs of the error estimate, result and panel routines lie
  * between guard elements of random bits, so that a write beside them
