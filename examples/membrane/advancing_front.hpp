@@ -199,7 +199,11 @@ private:
                      &pred_.ccwerrboundb, &pred_.ccwerrboundc, &pred_.splitter, &front.lde,
                      &nodes.ldn, &pred_.resulterrbound, &kmax, &ncol);
 
-        // Existing nodes within reach first, then the ideal apex, then the rest.
+        // Existing nodes within reach first, then the ideal apex, then the
+        // rest. NWITHIN is counted on the distances as the routine's sort
+        // leaves them, which are not always the sorted ones (the list itself
+        // is sorted): it can move the ideal apex up or down the order, never
+        // admit a bad triangle.
         std::vector<int32_t> order(near.begin(), near.begin() + nwithin);
         order.push_back(0);
         order.insert(order.end(), near.begin() + nwithin, near.begin() + nnear);

@@ -391,6 +391,7 @@ int main(int argc, char** argv) {
     const Options opt = parse(argc, argv);
     bool ok = true;
     try {
+        const Predicates pred;  // the orientation predicate's constants, once
         std::printf("Cook's skew cantilever: trapezoid (0,0) (48,44) (48,60) (0,44), clamped at x = 0,\n"
                     "unit shear load on x = 48, E = 1, nu = 1/3, t = 1, plane stress.\n"
                     "Vertical displacement v at (48, 52) against the reference %.2f\n"
@@ -421,7 +422,6 @@ int main(int argc, char** argv) {
             }
 
         if (!opt.tris.empty()) {
-            const Predicates pred;
             std::vector<Mesh> meshes;
             for (const int n : opt.tris) meshes.push_back(triangle_mesh(n, pred));
             for (const bool dbl : opt.routes) {
@@ -455,7 +455,7 @@ int main(int argc, char** argv) {
             write_svg(q, quadrilateral_mesh(opt.svg_quads),
                       std::to_string(opt.svg_quads) + " x " + std::to_string(opt.svg_quads) +
                           " 8-node quadrilaterals");
-            write_svg(t, triangle_mesh(opt.svg_tris, Predicates()),
+            write_svg(t, triangle_mesh(opt.svg_tris, pred),
                       "advancing-front triangles, spacing 48/" + std::to_string(opt.svg_tris));
             std::printf("\nwrote %s and %s\n", q.c_str(), t.c_str());
         }
