@@ -8,6 +8,8 @@
 // (every float or double add, subtract, multiply and divide once; negations,
 // sine and cosine not counted), including the products with the zero entries
 // of the strain-displacement vectors, which the routines form like any other.
+// The plate element runs through both routes, the compatible single-precision
+// routines and the double-precision extension, on the same element.
 // The membrane element is also compared with what a host would otherwise
 // write around the library: tabulated shape functions, the Jacobian routine,
 // the material routine and two dense products per point into a full matrix.
@@ -15,20 +17,30 @@
 
 #include <cmath>
 #include <cstdint>
+#include <type_traits>
 #include <vector>
 
 #include "shellfe.h"
 
 namespace {
 
-// A host array (0:L, 0:M), column-major.
-struct Array {
+// A host array (0:L, 0:M), column-major, of the compatible routines' float
+// or the double route's double.
+template <class Real>
+struct ArrayOf {
     int32_t L;
-    std::vector<float> v;
-    Array(int32_t l, int32_t m) : L(l), v(static_cast<size_t>(l + 1) * static_cast<size_t>(m + 1), 0.0f) {}
-    float& operator()(int a, int b = 0) { return v[static_cast<size_t>(a) + static_cast<size_t>(b) * (L + 1)]; }
-    float* data() { return v.data(); }
+    std::vector<Real> v;
+    ArrayOf(int32_t l, int32_t m) : L(l), v(static_cast<size_t>(l + 1) * static_cast<size_t>(m + 1), Real(0)) {}
+    Real& operator()(int a, int b = 0) { return v[static_cast<size_t>(a) + static_cast<size_t>(b) * (L + 1)]; }
+    Real* data() { return v.data(); }
+    template <class To>
+    ArrayOf<To> as() const {
+        ArrayOf<To> out(L, static_cast<int32_t>(v.size() / (L + 1)) - 1);
+        for (size_t i = 0; i < v.size(); ++i) out.v[i] = static_cast<To>(v[i]);
+        return out;
+    }
 };
+using Array = ArrayOf<float>;
 
 struct Rule {
     Array pos{2, 6}, wei{2, 6};
@@ -137,27 +149,46 @@ void membrane(benchmark::State& state) {
     report(state, membrane_flops(nnode, triangle, ngpx * ngpy));
 }
 
+// Calls the compatible routine with float arrays, or its double-precision
+// mirror, which takes the layer formulas' OPTIONS last (0 here, the
+// compatible formulas), with double arrays.
+template <class Compatible, class Mirror, class... A>
+void either_route(Compatible compatible, Mirror mirror, A... a) {
+    static const int32_t options = 0;
+    if constexpr ((std::is_same_v<A, double*> || ...))
+        mirror(a..., &options);
+    else
+        compatible(a...);
+}
+
 // Bending with a full rule, transverse shear with a reduced one (one point
 // each for the triangle), six degrees of freedom per node, triple at 3..5.
+// Real = double: the same element through the double-precision route.
+template <class Real>
 void plate(benchmark::State& state) {
     const int nnode = static_cast<int>(state.range(0));
     const bool triangle = nnode == 3;
-    Rule full(3), reduced(2);
-    Model m;
-    Array xy = geometry(nnode), estif(6 * 9, 6 * 9);
+    Rule rule3(3), rule2(2);
+    Model model;
+    const ArrayOf<Real> full_pos = rule3.pos.as<Real>(), full_wei = rule3.wei.as<Real>();
+    const ArrayOf<Real> reduced_pos = rule2.pos.as<Real>(), reduced_wei = rule2.wei.as<Real>();
+    ArrayOf<Real> prop = model.prop.as<Real>(), play = model.play.as<Real>();
+    const ArrayOf<Real> zlay = model.zlay.as<Real>(), tnode = model.tnode.as<Real>();
+    const ArrayOf<Real> xy = geometry(nnode).as<Real>();
+    ArrayOf<Real> estif(6 * 9, 6 * 9);
     int32_t nb = triangle ? 1 : 3, ns = triangle ? 1 : 2, ntype = triangle ? 6 : 1;
     int32_t ngpt = 0, ngpt2 = 0, iel = 1, nn = nnode, imat = 1, nelem = 1, nmat = 1, ioff = 2;
     int32_t ldes = 6 * 9, ndofn = 6, nnodt = nnode, nlay = 1;
-    float detj = 0.0f;
+    Real detj = 0;
     for (auto _ : state) {
-        STIFFP001DOTNET(&nb, &nb, &ntype, full.pos.data(), &ngpt, &iel, &ngpt2, nullptr, &nn,
-                        xy.data(), m.tnode.data(), nullptr, &imat, m.prop.data(), &ioff,
-                        estif.data(), full.wei.data(), nullptr, nullptr, &nelem, &nmat, &ldes,
-                        &ndofn, &nnodt, m.play.data(), m.zlay.data(), &nlay, &detj);
-        STIFFP002DOTNET(&ns, &ns, &ntype, reduced.pos.data(), &ngpt, &iel, &nn, xy.data(),
-                        m.tnode.data(), nullptr, &imat, m.prop.data(), &ioff, estif.data(),
-                        reduced.wei.data(), nullptr, &nelem, &nmat, &ldes, &ndofn, &nnodt,
-                        m.play.data(), m.zlay.data(), &nlay, &detj);
+        either_route(STIFFP001DOTNET, shellfe_plate_bending_stiffness, &nb, &nb, &ntype, full_pos.v.data(), &ngpt, &iel, &ngpt2, nullptr, &nn,
+                      xy.v.data(), tnode.v.data(), nullptr, &imat, prop.data(), &ioff,
+                      estif.data(), full_wei.v.data(), nullptr, nullptr, &nelem, &nmat, &ldes,
+                      &ndofn, &nnodt, play.v.data(), zlay.v.data(), &nlay, &detj);
+        either_route(STIFFP002DOTNET, shellfe_plate_shear_stiffness, &ns, &ns, &ntype, reduced_pos.v.data(), &ngpt, &iel, &nn, xy.v.data(),
+                    tnode.v.data(), nullptr, &imat, prop.data(), &ioff, estif.data(),
+                    reduced_wei.v.data(), nullptr, &nelem, &nmat, &ldes, &ndofn, &nnodt,
+                    play.v.data(), zlay.v.data(), &nlay, &detj);
         benchmark::DoNotOptimize(estif.data());
         benchmark::ClobberMemory();
     }
@@ -231,8 +262,10 @@ void membrane_by_dense_products(benchmark::State& state) {
 BENCHMARK(membrane)->Name("STIFFP003DOTNET/quad8_3x3")->Arg(8);
 BENCHMARK(membrane)->Name("STIFFP003DOTNET/tri3_1pt")->Arg(3);
 BENCHMARK(membrane_by_dense_products)->Name("host_dense_products/quad8_3x3");
-BENCHMARK(plate)->Name("STIFFP001+002DOTNET/quad8_3x3+2x2")->Arg(8);
-BENCHMARK(plate)->Name("STIFFP001+002DOTNET/tri3_1pt+1pt")->Arg(3);
+BENCHMARK(plate<float>)->Name("STIFFP001+002DOTNET/quad8_3x3+2x2")->Arg(8);
+BENCHMARK(plate<double>)->Name("shellfe_plate_bending+shear_stiffness/quad8_3x3+2x2")->Arg(8);
+BENCHMARK(plate<float>)->Name("STIFFP001+002DOTNET/tri3_1pt+1pt")->Arg(3);
+BENCHMARK(plate<double>)->Name("shellfe_plate_bending+shear_stiffness/tri3_1pt+1pt")->Arg(3);
 
 }  // namespace
 

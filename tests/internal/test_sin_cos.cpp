@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include <bit>
+#include <cmath>
 #include <cstdint>
 #include <limits>
 
@@ -98,4 +99,51 @@ TEST(SinCos, HugeAngleMaterialMatrixIsTheCorrectlyRoundedOne) {
     MODIPDLLDOTNET(dmat, prop, &imat, &nmat);
     EXPECT_EQ(bits(dmat[3 + 1 * 4]), 0x450E4E74u);
     EXPECT_EQ(bits(dmat[1 + 3 * 4]), 0x450E4E74u);
+}
+
+// The double route reduces angles exactly in degrees: right angles give
+// exact zeros and ones, whatever their multiple of 360, sine is odd and
+// cosine even to the bit, and every angle is within one ulp of the true
+// value (long double reference, reduced in degrees as well, so that the
+// reference itself is exact enough).
+TEST(SinCosDegrees, RightAnglesAreExactAndOtherAnglesWithinOneUlp) {
+    using shellfe::sin_cos_degrees;
+    const struct {
+        double deg, s, c;
+    } exact[] = {{0, 0, 1},    {90, 1, 0},   {180, 0, -1}, {270, -1, 0},
+                 {360, 0, 1},  {450, 1, 0},  {-90, -1, 0}, {360 * 0x1p40 + 90, 1, 0}};
+    for (const auto& k : exact) {
+        const auto [s, c] = sin_cos_degrees(k.deg);
+        EXPECT_EQ(s, k.s) << k.deg;
+        EXPECT_EQ(c, k.c) << k.deg;
+        EXPECT_FALSE(std::signbit(s) && s == 0.0) << "zero sines are +0: " << k.deg;
+        EXPECT_FALSE(std::signbit(c) && c == 0.0) << "zero cosines are +0: " << k.deg;
+    }
+    const auto [s30, c30] = sin_cos_degrees(30.0);
+    EXPECT_NEAR(s30, 0.5, 0x1p-53);
+    const auto [s45, c45] = sin_cos_degrees(45.0);
+    EXPECT_EQ(s45, c45);
+
+    const long double pi = 3.141592653589793238462643383279502884L;
+    for (int i = -4000; i <= 4000; ++i) {
+        const double deg = i * 0.0917 + 1e-3 * (i % 7);
+        const auto [s, c] = sin_cos_degrees(deg);
+        const auto [sn, cn] = sin_cos_degrees(-deg);
+        EXPECT_EQ(sn, 0.0 - s);
+        EXPECT_EQ(cn, c);
+        long double d = std::fmod(static_cast<long double>(deg), 360.0L);
+        if (d > 180.0L) d -= 360.0L;  // exact; keeps the reference accurate near 360
+        if (d < -180.0L) d += 360.0L;
+        const long double r = d * pi / 180.0L;
+        const double ulp_s = std::nextafter(std::fabs(s), 2.0) - std::fabs(s);
+        const double ulp_c = std::nextafter(std::fabs(c), 2.0) - std::fabs(c);
+        EXPECT_LE(std::fabs(static_cast<long double>(s) - std::sin(r)), ulp_s) << deg;
+        EXPECT_LE(std::fabs(static_cast<long double>(c) - std::cos(r)), ulp_c) << deg;
+    }
+    for (double bad : {std::numeric_limits<double>::infinity(), -std::numeric_limits<double>::infinity(),
+                       std::numeric_limits<double>::quiet_NaN()}) {
+        const auto [s, c] = sin_cos_degrees(bad);
+        EXPECT_EQ(std::bit_cast<std::uint64_t>(s), 0x7FF8000000000000u);
+        EXPECT_EQ(std::bit_cast<std::uint64_t>(c), 0x7FF8000000000000u);
+    }
 }
