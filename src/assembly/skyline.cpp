@@ -74,38 +74,20 @@ void add_shell(const ShellElement<Real>& el, const Position& position, const Sky
     }
 }
 
-// The eight-slot routine: degree of freedom d of a node at IDOFMAP(d) of its
-// block.
-template <class Real>
-void add_shell_mapped(const Real* ESTIF, const std::int32_t* IELNOD, const std::int32_t* IDIAG,
-                      const std::int32_t* NBAND, const std::int32_t* NDOF, double* SKY,
-                      const std::int32_t* NUMNOD, const std::int32_t* IDOFMAP,
-                      const std::int32_t* IELEM, const std::int32_t* LDCN,
-                      const std::int32_t* LDES) {
+// Binds the host's arguments shared by both routines; they differ in the
+// number of slots and in where a degree of freedom sits in a node block.
+template <class Real, class Position>
+void add_shell(const Real* ESTIF, const std::int32_t* IELNOD, const std::int32_t* IDIAG,
+               const std::int32_t* NBAND, const std::int32_t* NDOF, double* SKY,
+               const std::int32_t* NUMNOD, const std::int32_t* IELEM, const std::int32_t* LDCN,
+               const std::int32_t* LDES, Index slots, const Position& position) {
     add_shell(ShellElement<Real>{.estif = host_rows(ESTIF, {0, *LDES}),
                                  .ielnod = host_rows(IELNOD, {0, *LDCN}),
                                  .ielem = *IELEM,
-                                 .slots = 8,
+                                 .slots = slots,
                                  .ndof = *NDOF,
                                  .numnod = host_array(NUMNOD)},
-              MappedOrder{host_array(IDOFMAP)},
-              Skyline{.diag = host_array(IDIAG), .sky = host_array(SKY), .band = *NBAND});
-}
-
-// NSLOT slots, degrees of freedom in element order.
-template <class Real>
-void add_shell_slots(const Real* ESTIF, const std::int32_t* IELNOD, const std::int32_t* IDIAG,
-                     const std::int32_t* NBAND, const std::int32_t* NDOF, double* SKY,
-                     const std::int32_t* NUMNOD, const std::int32_t* IELEM,
-                     const std::int32_t* LDCN, const std::int32_t* LDES,
-                     const std::int32_t* NSLOT) {
-    add_shell(ShellElement<Real>{.estif = host_rows(ESTIF, {0, *LDES}),
-                                 .ielnod = host_rows(IELNOD, {0, *LDCN}),
-                                 .ielem = *IELEM,
-                                 .slots = *NSLOT,
-                                 .ndof = *NDOF,
-                                 .numnod = host_array(NUMNOD)},
-              ElementOrder{},
+              position,
               Skyline{.diag = host_array(IDIAG), .sky = host_array(SKY), .band = *NBAND});
 }
 
@@ -120,7 +102,8 @@ extern "C" void ADDSHELLTOSDLLDOTNET(const float* ESTIF, const int32_t* IELNOD, 
                                      const int32_t* IDOFMAP, const int32_t* IELEM,
                                      const int32_t* LDCN, const void*, const void*,
                                      const int32_t* LDES) noexcept {
-    add_shell_mapped(ESTIF, IELNOD, IDIAG, NBAND, NDOF, SKY, NUMNOD, IDOFMAP, IELEM, LDCN, LDES);
+    add_shell(ESTIF, IELNOD, IDIAG, NBAND, NDOF, SKY, NUMNOD, IELEM, LDCN, LDES, 8,
+              MappedOrder{host_array(IDOFMAP)});
 }
 
 extern "C" void shellfe_add_shell_to_skyline_mapped(
@@ -128,7 +111,8 @@ extern "C" void shellfe_add_shell_to_skyline_mapped(
     const int32_t* NBAND, const int32_t* NDOF, double* SKY, const int32_t* NUMNOD,
     const int32_t* IDOFMAP, const int32_t* IELEM, const int32_t* LDCN, const void*, const void*,
     const int32_t* LDES) noexcept {
-    add_shell_mapped(ESTIF, IELNOD, IDIAG, NBAND, NDOF, SKY, NUMNOD, IDOFMAP, IELEM, LDCN, LDES);
+    add_shell(ESTIF, IELNOD, IDIAG, NBAND, NDOF, SKY, NUMNOD, IELEM, LDCN, LDES, 8,
+              MappedOrder{host_array(IDOFMAP)});
 }
 
 extern "C" void ADDSHELLTOSDOTNET(const float* ESTIF, const int32_t* IELNOD, const void*,
@@ -136,7 +120,8 @@ extern "C" void ADDSHELLTOSDOTNET(const float* ESTIF, const int32_t* IELNOD, con
                                   double* SKY, const int32_t* NUMNOD, const int32_t* IELEM,
                                   const int32_t* LDCN, const void*, const void*,
                                   const int32_t* LDES, const int32_t* NSLOT) noexcept {
-    add_shell_slots(ESTIF, IELNOD, IDIAG, NBAND, NDOF, SKY, NUMNOD, IELEM, LDCN, LDES, NSLOT);
+    add_shell(ESTIF, IELNOD, IDIAG, NBAND, NDOF, SKY, NUMNOD, IELEM, LDCN, LDES, *NSLOT,
+              ElementOrder{});
 }
 
 extern "C" void shellfe_add_shell_to_skyline(const double* ESTIF, const int32_t* IELNOD,
@@ -146,5 +131,6 @@ extern "C" void shellfe_add_shell_to_skyline(const double* ESTIF, const int32_t*
                                              const int32_t* IELEM, const int32_t* LDCN,
                                              const void*, const void*, const int32_t* LDES,
                                              const int32_t* NSLOT) noexcept {
-    add_shell_slots(ESTIF, IELNOD, IDIAG, NBAND, NDOF, SKY, NUMNOD, IELEM, LDCN, LDES, NSLOT);
+    add_shell(ESTIF, IELNOD, IDIAG, NBAND, NDOF, SKY, NUMNOD, IELEM, LDCN, LDES, *NSLOT,
+              ElementOrder{});
 }

@@ -1,6 +1,7 @@
 // A .NET host of the library: every routine once through the checked layer
-// (so each declared extent is met by a real call), results checked where a
-// case is cheap to state, and the checks themselves made to fire.
+// (so each declared extent is met by a real call), each double-precision
+// routine beside its single-precision twin, results checked where a case is
+// cheap to state, and the checks themselves made to fire.
 using System;
 using Shellfe;
 using C = Shellfe.Checked;
@@ -16,6 +17,16 @@ static class ShellfeTest
     static double[] D(int n) { return new double[n]; }
     static int[] I(int n) { return new int[n]; }
     static readonly IntPtr Z = IntPtr.Zero;
+    // The double route takes the single-precision fixtures widened, and its results must agree with
+    // the compatible twin's to single rounding: relative to the largest entry, since entries that
+    // cancel to almost nothing keep only the absolute accuracy of the whole.
+    static double[] W(float[] a) { return Array.ConvertAll(a, x => (double)x); }
+    static void Near(float[] f, double[] d, string what)
+    {
+        double scale = 0; foreach (var x in d) scale = Math.Max(scale, Math.Abs(x));
+        int i = 0; while (i < f.Length && Math.Abs(f[i] - d[i]) <= 1e-5 * scale) ++i;
+        Expect(scale > 0 && i == f.Length, what + (i < f.Length ? " at " + i + ": " + f[i] + " vs " + d[i] : " all zero"));
+    }
 
     static void Products()
     {
@@ -23,7 +34,7 @@ static class ShellfeTest
         var a = new ColumnMajor<float>(2, 2); var b = new ColumnMajor<float>(2, 2);
         float[] sa = { 2, 1, 1, 3 }, sb = { 1, 4, 4, 5 }, want = { 6, 13, 13, 19 };
         for (int k = 0; k < 4; ++k) { a[1 + k / 2, 1 + k % 2] = sa[k]; b[1 + k / 2, 1 + k % 2] = sb[k]; }
-        double[] ad = Array.ConvertAll(a.Data, x => (double)x), bd = Array.ConvertAll(b.Data, x => (double)x);
+        double[] ad = W(a.Data), bd = W(b.Data);
         int m = 2, kk = 2, n = 2;
         var c = new float[5][]; var cd = new double[2][];
         for (int i = 0; i < 5; ++i) c[i] = F(9);
@@ -58,10 +69,20 @@ static class ShellfeTest
         int ngp = 2, ntype = 1, ngpt = 0, iel = 1, nnode = 8, imat = 1, nmat = 1, nelem = 1, nnodt = 8;
         C.MODIPDLLDOTNET(dmat.Data, prop.Data, ref imat, ref nmat);
         Expect(dmat[1, 2] == dmat[2, 1] && dmat[1, 3] == dmat[3, 1] && dmat[1, 1] > 0, "material matrix");
+        // Each routine of the double route follows its twin on the same inputs, widened.
+        double[] dmatd = D(16), propd = W(prop.Data), xyd = W(xy.Data), gposd = W(gpos.Data), gweid = W(gwei.Data);
+        C.shellfe_membrane_material(dmatd, propd, ref imat, ref nmat);
+        Near(dmat.Data, dmatd, "double material matrix");
         var estif = new ColumnMajor<float>(18, 18); float detj = 0;
         C.STIFFP003DOTNET(ref ngp, ref ngp, ref ntype, gpos.Data, ref ngpt, ref iel, ref nnode, xy.Data,
             tnode.Data, Z, ref imat, prop.Data, gwei.Data, Z, ref nelem, ref nmat, Z, Z, ref nnodt, estif.Data, ref detj);
         Expect(Math.Abs(detj - 0.25f) < 1e-6 && ngpt == 4, "membrane DETJ " + detj + ", points " + ngpt);
+        double[] tnoded = W(tnode.Data), estifd = D(19 * 19); double detjd = 0; int ngptd = 0;
+        C.shellfe_membrane_stiffness(ref ngp, ref ngp, ref ntype, gposd, ref ngptd, ref iel, ref nnode, xyd, tnoded, Z, ref imat,
+            propd, gweid, Z, ref nelem, ref nmat, Z, Z, ref nnodt, estifd, ref detjd);
+        Near(estif.Data, estifd, "double membrane stiffness");
+        Expect(detjd == 0.25 && ngptd == 4 && Math.Abs(propd[1 + 3 * 2] - 0.2) < 1e-7,
+            "double membrane DETJ " + detjd + ", points " + ngptd + ", thickness " + propd[1 + 3 * 2]);
         for (int i = 1; i <= 16; ++i)
         {
             double su = 0, sv = 0, scale = Math.Abs(estif[i, i]);
@@ -78,9 +99,15 @@ static class ShellfeTest
         C.SFR1DLLDOTNET(shp.Data, ref xi, ref eta, ref ntype);
         C.JACOB2DLLDOTNET(cartd.Data, shp.Data, ref detj, xy.Data, ref eight);
         Expect(Math.Abs(detj - 0.25f) < 1e-6, "Jacobian determinant " + detj);
+        double[] cartdd = D(30), derivd = W(shp.Data);
+        C.shellfe_jacobian(cartdd, derivd, ref detjd, xyd, ref eight);
+        Near(cartd.Data, cartdd, "double Cartesian derivatives");
         float[] dbend = F(16), dshear = F(9), zlay = { 0, -0.1f, 0.1f }; int ibend = 1, nlay = 1;
         C.MODPBDLLDOTNET(dbend, dshear, ref ibend, ref ibend, prop.Data, zlay, ref nlay);
         Expect(dbend[5] > 0 && dbend[6] == dbend[9], "bending rigidities");
+        double[] dbendd = D(16), zlayd = W(zlay); int compat = 0;
+        C.shellfe_plate_rigidities(dbendd, D(9), ref ibend, ref ibend, propd, zlayd, ref nlay, ref compat);
+        Near(dbend, dbendd, "double bending rigidities");
         {   // plate bending then transverse shear, three degrees of freedom per node
             float gd = 0; int ioff = 0, ngpt2 = 0, ndofn = 3, ldes = 24; var pe = F(25 * 25);
             C.STIFFP001DOTNET(ref ngp, ref ngp, ref ntype, gpos.Data, ref ngpt, ref iel, ref ngpt2, Z, ref nnode, xy.Data,
@@ -90,16 +117,47 @@ static class ShellfeTest
                 ref imat, prop.Data, ref ioff, pe, gwei.Data, Z, ref nelem, ref nmat, ref ldes, ref ndofn, ref nnodt,
                 prop.Data, zlay, ref nlay, ref gd);
             Expect(Math.Abs(gd - 0.25f) < 1e-6 && pe[1 + 25] > 0 && pe[2 + 2 * 25] > 0, "plate element " + gd);
+            var ped = D(25 * 25); int ngptd2 = 0;
+            C.shellfe_plate_bending_stiffness(ref ngp, ref ngp, ref ntype, gposd, ref ngptd, ref iel, ref ngptd2, Z, ref nnode, xyd,
+                tnoded, Z, ref imat, propd, ref ioff, ped, gweid, Z, Z, ref nelem, ref nmat, ref ldes, ref ndofn, ref nnodt, propd,
+                zlayd, ref nlay, ref detjd, ref compat);
+            C.shellfe_plate_shear_stiffness(ref ngp, ref ngp, ref ntype, gposd, ref ngptd, ref iel, ref nnode, xyd, tnoded, Z,
+                ref imat, propd, ref ioff, ped, gweid, Z, ref nelem, ref nmat, ref ldes, ref ndofn, ref nnodt, propd, zlayd, ref nlay,
+                ref detjd, ref compat);
+            Near(pe, ped, "double plate element"); Expect(detjd == 0.25 && ngptd == 12, "double plate DETJ " + detjd);
         }
         // Finishing: node 1 of element 1 receives its drilling stiffness once and is flagged.
-        int[] flag = I(2), ielnod = { 0, 0, 0, 1 }; int one = 1, six = 6, ldcn = 1; float ratio = 1000;
-        C.STIESTDLLDOTNET(estif.Data, F(7 * 8 + 1), ref one, flag, ref six, ref six, Z, ref ldcn, ref one, ielnod, ref ratio);
+        int[] flag = I(2), ielnod = { 0, 0, 0, 1 }; int one = 1, six = 6, ldcn = 1; float ratio = 1000; var shell = F(7 * 8 + 1);
+        C.STIESTDLLDOTNET(estif.Data, shell, ref one, flag, ref six, ref six, Z, ref ldcn, ref one, ielnod, ref ratio);
         Expect(flag[1] == 1, "drilling flag set");
+        var shelld = D(7 * 8 + 1); double ratiod = ratio; flag[1] = 0;
+        C.shellfe_finish_shell_element(estifd, shelld, ref one, flag, ref six, ref six, Z, ref ldcn, ref one, ielnod, ref ratiod);
+        Near(shell, shelld, "double finished element"); Expect(flag[1] == 1, "double drilling flag set");
         // Keep degrees of freedom 3 then 1 of a one-node six-per-node matrix.
         float[] src = F(49), dst = F(17); int[] idof = { 0, 3, 1 }; int sel = 2;
         src[3 + 3 * 7] = 9; src[1 + 3 * 7] = 4;
         C.BUILDESTIF1DOTNET(ref one, ref sel, ref six, src, dst, idof);
         Expect(dst[1 + 1 * 7] == 9 && dst[2 + 1 * 7] == 4, "selected degrees of freedom");
+        var dstd = D(17); C.shellfe_select_dofs(ref one, ref sel, ref six, W(src), dstd, idof);
+        Near(dst, dstd, "double selected degrees of freedom");
+
+        // What only the double route does. At 90 degrees the material axes swap exactly, leaving no
+        // shear coupling where single precision's pi/2 leaves a cosine of about -4e-8. The bending
+        // coupling is then the layer's own, unmixed, and the physical nu*E2/den is exactly E1/E2 times
+        // the compatible nu*E2^2/(E1*den). And the determinant of a distorted element keeps the bits
+        // that the compatible route rounds away.
+        prop[1, 17] = 90; propd = W(prop.Data);
+        C.MODIPDLLDOTNET(dmat.Data, prop.Data, ref imat, ref nmat);
+        C.shellfe_membrane_material(dmatd, propd, ref imat, ref nmat);
+        Expect(dmatd[3 + 1 * 4] == 0.0 && dmatd[3 + 2 * 4] == 0.0 && dmat[3, 1] != 0, "exact 90 degrees " + dmat[3, 1]);
+        var dphys = D(16); int physical = 2;   // SHELLFE_PHYSICAL_BENDING_COUPLING
+        C.shellfe_plate_rigidities(dbendd, D(9), ref ibend, ref ibend, propd, zlayd, ref nlay, ref compat);
+        C.shellfe_plate_rigidities(dphys, D(9), ref ibend, ref ibend, propd, zlayd, ref nlay, ref physical);
+        Expect(Math.Abs(dphys[2 + 1 * 4] / dbendd[2 + 1 * 4] - 30000 / 12000.0) < 1e-12, "physical bending coupling " + dphys[6]);
+        xy[4, 1] = 1.1f; xy[4, 2] = 0.6f; xy[6, 1] = 0.7f;
+        C.JACOB2DLLDOTNET(cartd.Data, shp.Data, ref detj, xy.Data, ref eight);
+        C.shellfe_jacobian(cartdd, derivd, ref detjd, W(xy.Data), ref eight);
+        Expect((float)detjd == detj && detjd != detj, "distorted DETJ " + detjd.ToString("R") + ", single " + detj.ToString("R"));
     }
 
     static void Assembly()
@@ -124,9 +182,14 @@ static class ShellfeTest
         int one = 1, two = 2, cnt = 0;
         float[] estif = { 0, 0, 0, 0, 4, -4, 0, -4, 4 }, snode = F(6), spring = { 0, 5 }, upres = { 0, 0, 0.5f }, fload = F(2);
         int[] ielnod = { 0, 0, 0, 1, 0, 2 }, locnod = { 0, 1, 2 }, ivisit = I(3), isprf = { 0, 1, 0 }, map = { 0, 1 };
+        double[] estifd = W(estif), snoded = D(6), floadd = D(2); int cntd = 0;
         C.BUILDALLNODESTIFFDLLDOTNET(estif, ref one, ref two, snode, ref one, spring, ivisit, Z, ielnod, isprf, ref one,
             ref one, ref two, ref two, ref two, Z, ref one, Z, upres, fload, locnod, ref cnt, map);
         Expect(snode[4] == 9 && snode[5] == -4 && cnt == 2 && fload[1] == 2 && ivisit[1] == -1, "stiffness node matrix");
+        C.shellfe_gather_node_stiffness(estifd, ref one, ref two, snoded, ref one, W(spring), I(3), Z, ielnod, isprf, ref one,
+            ref one, ref two, ref two, ref two, Z, ref one, Z, W(upres), floadd, locnod, ref cntd, map);
+        Near(snode, snoded, "double node matrix"); Near(fload, floadd, "double node load");
+        Near(estif, estifd, "spring left in the double element matrix"); Expect(cntd == 2, "double count " + cntd);
         // Node 1 is visited now: the spring stays in ESTIF but is not added a second time.
         var dload = D(2); snode = F(6);
         C.BUILDALLNODESTIFFDLLDOTNET01(estif, ref one, ref two, snode, ref one, spring, ivisit, Z, ielnod, isprf, ref one,
@@ -148,6 +211,13 @@ static class ShellfeTest
         band = 1;
         C.ADDSHELLTOSDOTNET(ses, ielnod, Z, idiag, ref band, ref one, sky, locnod, ref one, ref one, Z, Z, ref eight, ref two);
         Expect(sky[1] == 8 && sky[2] == -4 && sky[3] == 8, "skyline " + string.Join(" ", sky));
+        var skyd = D(4); band = 2;
+        C.shellfe_add_shell_to_skyline_mapped(W(ses), ielnod, Z, idiag, ref band, ref one, skyd, locnod, map, ref one, ref one, Z, Z,
+            ref eight);
+        band = 1;
+        C.shellfe_add_shell_to_skyline(W(ses), ielnod, Z, idiag, ref band, ref one, skyd, locnod, ref one, ref one, Z, Z, ref eight,
+            ref two);
+        Expect(string.Join(" ", skyd) == string.Join(" ", sky), "double skyline " + string.Join(" ", skyd));
     }
 
     static void Loads()
@@ -323,6 +393,18 @@ static class ShellfeTest
         m = 65536; n = 65535;
         try { C.MATMULDLLDOTNET(F(9), F(9), F(9), ref m, ref k, ref n); Expect(false, "huge counts are refused"); }
         catch (ArgumentException e) { Expect(e.ParamName == "AMAT", "huge counts: " + e.Message); }
+        // The double route's extents are checked alike: one node of six-per-node rows of 7 needs 6 * 8 + 1.
+        int one = 1, six = 6;
+        try
+        {
+            C.shellfe_select_dofs(ref one, ref one, ref six, D(48), D(9), new[] { 0, 1 });
+            Expect(false, "a short ESRC is refused");
+        }
+        catch (ArgumentException e)
+        {
+            Expect(e.ParamName == "ESRC" && e.Message.Contains("shellfe_select_dofs: ESRC needs length 49, given 48"),
+                "message: " + e.Message);
+        }
         var a = new ColumnMajor<double>(2, 3);
         a[2, 3] = 1;
         Expect(a.Data.Length == 12 && a.Ld == 3 && a.Data[11] == 1, "column-major layout");

@@ -1,0 +1,35 @@
+# Runs the membrane example for a test.
+#   MODE=fails:    ARGS (separated by |) must make it exit with status 2 and
+#                  a message on stderr matching EXPECT.
+#   MODE=pictures: it must write both SVG pictures into OUT.
+if(MODE STREQUAL "fails")
+  string(REPLACE "|" ";" args "${ARGS}")
+  execute_process(COMMAND "${PROGRAM}" ${args} RESULT_VARIABLE status
+                  OUTPUT_VARIABLE out ERROR_VARIABLE err)
+  if(NOT status STREQUAL "2")
+    message(FATAL_ERROR "membrane ${args}: exit status '${status}', expected 2\n${out}${err}")
+  endif()
+  string(FIND "${err}" "${EXPECT}" at)
+  if(at LESS 0)
+    message(FATAL_ERROR "membrane ${args}: the message does not say '${EXPECT}':\n${err}")
+  endif()
+elseif(MODE STREQUAL "pictures")
+  file(REMOVE_RECURSE "${OUT}")
+  file(MAKE_DIRECTORY "${OUT}")
+  execute_process(COMMAND "${PROGRAM}" --quads 2 --tris 8 --svg-quads 4 --svg-tris 8 --out "${OUT}"
+                  RESULT_VARIABLE status OUTPUT_QUIET ERROR_VARIABLE err)
+  if(NOT status EQUAL 0)
+    message(FATAL_ERROR "membrane --out: exit status ${status}\n${err}")
+  endif()
+  foreach(name membrane_quads.svg membrane_triangles.svg)
+    if(NOT EXISTS "${OUT}/${name}")
+      message(FATAL_ERROR "${name} was not written")
+    endif()
+    file(READ "${OUT}/${name}" svg)
+    if(NOT svg MATCHES "<svg .*<polygon .*</svg>")
+      message(FATAL_ERROR "${name} is not a complete SVG picture with elements")
+    endif()
+  endforeach()
+else()
+  message(FATAL_ERROR "unknown MODE '${MODE}'")
+endif()
