@@ -512,3 +512,91 @@ TEST(DoubleRoute, NinetyDegreeMaterialsHaveNoCoupling) {
     }
     EXPECT_NE(rigidities(lam).d(3, 1), 0.f);
 }
+
+// The double route draws each line where the compatible routines do, at the
+// single-precision constant widened, and nothing on the way rounds to float:
+// values between the float constant and its decimal show the difference.
+TEST(DoubleRoute, ThresholdsAreTheWidenedFloatConstantsAndNothingRoundsToFloat) {
+    // Degenerate point: a triangle with det J between 1e-7 and (double)1e-7f.
+    Element tri({{1, 0}, {0, 1}, {0, 0}}, 3);
+    tri.ntype = 6, tri.ngpx = 1;
+    tri.xy(2, 2) = 0;  // replaced in double below
+    Host<double> xy = as<double>(tri.xy);
+    const double h = 1.00000000584e-7;
+    ASSERT_TRUE(h > 1e-7 && h < double(1e-7f));
+    xy(2, 2) = h;
+    {
+        Host<double> tnode = as<double>(tri.tnode), gpos = as<double>(tri.gpos);
+        Host<double> gwei = as<double>(tri.gwei), prop = as<double>(tri.prop), k = as<double>(tri.estif);
+        double det = kSentinel;
+        shellfe_membrane_stiffness(&tri.ngpx, &tri.ngpy, &tri.ntype, gpos.p(), &tri.ngpt, &tri.iel,
+                                   &tri.nnode, xy.p(), tnode.p(), nullptr, &tri.imat, prop.p(),
+                                   gwei.p(), nullptr, &tri.nelem, &tri.nmat, nullptr, nullptr,
+                                   &tri.nnodt, k.p(), &det);
+        EXPECT_EQ(det, -1.0);
+    }
+    // Drilling floor: rotational diagonals of exactly 1e-4 lie above (double)0.0001f.
+    {
+        Host<double> two(18, 18), full(6, 6);
+        full(4, 4) = full(5, 5) = 1e-4;
+        int32_t nenod = 1, ndofn = 6, ldes = 6, ldcn = 2, ielem = 1, ielnod[6] = {0, 0, 0, 0, 4, 0};
+        std::vector<int32_t> flags(10);
+        const double ratio = 0x1p-10;
+        shellfe_finish_shell_element(two.p(), full.p(), &nenod, flags.data(), &ndofn, &ldes, nullptr,
+                                     &ldcn, &ielem, ielnod, &ratio);
+        EXPECT_EQ(full(6, 6), 1e-4 * 0x1p-10);
+    }
+    // Smallest rotation: angles on either side of (double)0.001f radian.
+    for (const double theta : {double(0.001f) * (1 - 1e-8), 0.001 * (1 + 2e-8)}) {
+        Host<double> d(3, 3), prop = as<double>(materialTable(ortho(0)));
+        prop(2, 17) = theta * 180 / kPi;
+        int32_t imat = 2, nmat = 3;
+        shellfe_membrane_material(d.p(), prop.p(), &imat, &nmat);
+        EXPECT_EQ(d(3, 1), 0.0) << theta;
+    }
+    // Gathering and skyline: a prescribed displacement of exactly
+    // (double)1e-10f moves load; entries that are not floats stay unrounded.
+    SlabMesh mesh(2, 1);
+    const int32_t nn = mesh.nnode, neq = 4 * nn;
+    int32_t eight = 8, three = 3, four = 4, ldes = 24, ldnm = 4 * nn, ldcn = mesh.ldcn, count = 0;
+    Host<double> estif(24, 24), snode(ldnm, 3), spring(3 * nn, 0), upres(neq, 0), fload(neq, 0);
+    for (int p = 1; p <= 24; ++p)
+        for (int q = 1; q <= 24; ++q) estif(p, q) = 0.1 * (p + q) + 16 * (p == q);
+    std::vector<int32_t> isprf(3 * (nn + 1)), ivisit(nn + 1), locnod(nn + 1), map{0, 1, 2, 3};
+    for (int i = 5; i <= neq; i += 5) upres(i) = double(1e-10f);
+    for (int32_t m = 1; m <= nn; ++m) locnod[m] = m;
+    int32_t node = 1, e = 1, band = 20;
+    shellfe_gather_node_stiffness(estif.p(), &node, &eight, snode.p(), &e, spring.p(), ivisit.data(),
+                                  nullptr, mesh.ielnod.data(), isprf.data(), &three, &four, &ldes,
+                                  &nn, &ldnm, nullptr, &ldcn, nullptr, upres.p(), fload.p(),
+                                  locnod.data(), &count, map.data());
+    EXPECT_NE(std::count(fload.v.begin(), fload.v.end(), 0.0), std::ptrdiff_t(fload.v.size()));
+    std::vector<int32_t> numnod(nn + 1), idiag(3 * nn + 2);
+    for (int n = 1; n <= nn; ++n) numnod[n] = n;
+    for (int i = 1; i <= 3 * nn; ++i) idiag[i + 1] = i * (i + 1) / 2;
+    std::vector<double> sky(idiag.back() + 2, 0.0);
+    shellfe_add_shell_to_skyline(estif.p(), mesh.ielnod.data(), nullptr, idiag.data(), &band, &three,
+                                 sky.data(), numnod.data(), &e, &ldcn, nullptr, nullptr, &ldes, &eight);
+    EXPECT_GT(std::count_if(sky.begin(), sky.end(), [](double v) { return v != double(float(v)); }), 0);
+}
+
+// One matrix as source and destination follows the compatible copy order,
+// and rows beyond an element family's nodes read as zero in double too.
+TEST(DoubleRouteMirrors, AliasedSelectionAndShortFamiliesAgree) {
+    std::minstd_rand r(3);
+    Floats m(12, 12);
+    for (float& v : m.v) v = dyadic(r);
+    Host<double> dm = as<double>(m);
+    int32_t nnode = 2, nsel = 3, ldk = 12, idof[4] = {0, 2, 1, 3};
+    BUILDESTIF1DOTNET(&nnode, &nsel, &ldk, m.p(), m.p(), idof);
+    shellfe_select_dofs(&nnode, &nsel, &ldk, dm.p(), dm.p(), idof);
+    expectMirrors(dm, m, "aliased EDST", 0);
+    for (int32_t ntype : {3, 5}) {  // six-node triangle and an unknown family, nine thicknesses
+        Element el({{0, 0}, {2, 0}, {0, 2}}, 6);
+        el.ntype = ntype, el.ngpx = 1, el.nnodt = 9;
+        const DoubleElement d(el, 0);
+        el.membrane();
+        EXPECT_NEAR(d.prop(2, 3), el.prop(2, 3), 1e-6) << ntype;
+        EXPECT_EQ(d.det == -1, el.detj == -1) << ntype;
+    }
+}
