@@ -1,0 +1,202 @@
+// slab: a square plate under uniform pressure or a centre point load, simply
+// supported ("hard": the rotation about each edge also held) or clamped,
+// meshed with N x N eight-node elements and analysed through the library's
+// exported routines alone; prints the convergence of the centre deflection
+// and moment against reference values of the same plate theory.
+#include <sys/resource.h>
+
+#include <chrono>
+#include <cmath>
+#include <cstdio>
+#include <exception>
+#include <string>
+#include <vector>
+
+#include "shellfe.h"
+#include "slab.hpp"
+
+using namespace slab;
+
+namespace {
+
+constexpr double kPi = 3.14159265358979323846;
+
+double seconds_since(std::chrono::steady_clock::time_point t0) {
+    return std::chrono::duration<double>(std::chrono::steady_clock::now() - t0).count();
+}
+
+double peak_memory_mib() {
+    rusage ru{};
+    getrusage(RUSAGE_SELF, &ru);
+    return double(ru.ru_maxrss) / 1024.0;  // kilobytes on Linux
+}
+
+// Reference values, normalised (w D / (q a^4), Mx / (q a^2)); NaN where none
+// is known. The simply supported plate under pressure has the Navier double
+// series of the same (Mindlin) theory, shear factor 5/6; its moments are the
+// thin-plate ones. The clamped plate is tabulated for a/h = 100, nu = 0.3.
+struct Reference {
+    double w = NAN, mx = NAN;
+    const char* source = "";
+};
+
+Reference reference(const Options& o) {
+    Reference r;
+    if (o.load != Load::uniform) return r;  // a point load has unbounded shear deflection
+    if (o.support == Support::clamped) {
+        if (std::fabs(o.a / o.h - 100.0) < 1e-9 && std::fabs(o.nu - 0.3) < 1e-12)
+            r.w = 0.00126786, r.mx = 0.0231, r.source = "clamped Mindlin plate, a/h = 100";
+        return r;
+    }
+    const double D = flexural_rigidity(o), kGh = 5.0 / 6.0 * o.E / (2.0 * (1.0 + o.nu)) * o.h;
+    double w = 0.0, mx = 0.0;
+    const int terms = 3999;
+    for (int m = 1; m <= terms; m += 2)
+        for (int n = 1; n <= terms; n += 2) {
+            const double sign = ((m + n) / 2 - 1) % 2 ? -1.0 : 1.0;  // sin(m pi/2) sin(n pi/2)
+            const double k = (double(m) * m + double(n) * n) / (o.a * o.a);
+            const double c = 16.0 / (kPi * kPi * m * n) * sign;
+            w += c * (1.0 / (D * std::pow(kPi, 4) * k * k) + 1.0 / (kGh * kPi * kPi * k));
+            mx += c / (kPi * kPi * k * k) * (double(m) * m + o.nu * n * n) / (o.a * o.a);
+        }
+    r.w = w * D / std::pow(o.a, 4);
+    r.mx = mx / (o.a * o.a);
+    r.source = "Navier series, Mindlin plate";
+    return r;
+}
+
+struct Row {
+    int n;
+    int32_t neq, nfree;
+    double w, mx;
+};
+
+// One analysis on an n x n mesh; false when it could not be completed.
+bool analyse(const Options& opt, int n, bool timed, Row& row, double wscale, double mscale) {
+    auto t = std::chrono::steady_clock::now();
+    auto stage = [&](const char* name, bool print) {
+        if (timed && print) std::printf("  %-22s %8.2f s   peak memory %7.1f MiB\n", name, seconds_since(t), peak_memory_mib());
+        std::fflush(stdout);
+        t = std::chrono::steady_clock::now();
+    };
+    Mesh mesh = make_mesh(opt.a, n);
+    stage("mesh", true);
+    System sys;
+    Model* model = build_model(opt, mesh, sys);
+    stage("element matrices", true);
+    assemble(opt, opt.assembly, model, mesh, sys);
+    stage("assembly", true);
+
+    // The other assembly route on the same element matrices must give the
+    // same displacements.
+    std::vector<double> other;
+    if (opt.compare && n <= 32) {
+        System alt = sys;
+        assemble(opt, opt.assembly == Assembly::crs ? Assembly::skyline : Assembly::crs, model, mesh, alt);
+        std::string err;
+        double tf = 0, ts = 0;
+        if (!solve(alt, other, err, tf, ts)) other.clear();
+    }
+    free_element_matrices(model);
+    destroy_model(model);
+
+    std::vector<double> u;
+    std::string error;
+    double t_factor = 0.0, t_solve = 0.0;
+    const bool ok = solve(sys, u, error, t_factor, t_solve);
+    if (timed) {
+        std::printf("  %-22s %8.2f s   (%s)\n", "factorisation", t_factor, solver_name());
+        std::printf("  %-22s %8.2f s   peak memory %7.1f MiB\n", "solve", t_solve, peak_memory_mib());
+    }
+    t = std::chrono::steady_clock::now();
+    if (!ok) {
+        std::fprintf(stderr, "slab: %s\n", error.c_str());
+        return false;
+    }
+    if (!other.empty()) {
+        // Rows of nodes, columns of unknowns, as the comparison reads tables.
+        const int32_t mcol = sys.ndof, nrowt = mesh.nnode;
+        std::vector<float> ta(std::size_t(nrowt + 1) * (mcol + 1), 0.0f), tb(ta);
+        for (int32_t k = 0; k < sys.neq; ++k) {
+            const std::size_t at = std::size_t(k / mcol + 1) * (mcol + 1) + k % mcol + 1;
+            ta[at] = float(u[k]), tb[at] = float(other[k]);
+        }
+        int32_t isame = 0;
+        COMPAREARRAY(ta.data(), tb.data(), &mcol, &nrowt, &isame);
+        std::printf("  %dx%d: compressed-row and skyline displacements %s (COMPAREARRAY)\n", n, n,
+                    isame == -1 ? "agree" : "DIFFER");
+    }
+    const Results r = recover(opt, mesh, sys, u);
+    row = {n, sys.neq, sys.nfree, r.wc * wscale, r.mxc * mscale};
+    if (timed) post_process(opt, mesh, sys, u, r);
+    stage("results", true);
+    if (!opt.outdir.empty() && n == opt.meshes.back()) {
+        std::string err;
+        if (!write_svgs(opt, mesh, r, n, err)) std::fprintf(stderr, "slab: %s\n", err.c_str());
+        stage("pictures", true);
+    }
+    return true;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    Options opt;
+    std::string error;
+    bool help = false;
+    if (!parse_options(argc, argv, opt, error, help)) {
+        std::fprintf(stderr, "slab: %s\n", error.c_str());
+        return 2;
+    }
+    if (help) {
+        print_usage(argv[0]);
+        return 0;
+    }
+    const double D = flexural_rigidity(opt);
+    const bool uniform = opt.load == Load::uniform;
+    const double wscale = D / (uniform ? opt.q * std::pow(opt.a, 4) : opt.P * opt.a * opt.a);
+    const double mscale = 1.0 / (uniform ? opt.q * opt.a * opt.a : opt.P);
+    const Reference ref = reference(opt);
+    std::printf("Square slab a = %g, h = %g (a/h = %g), E = %g, nu = %g, %d layer%s; %s, %s edges\n", opt.a, opt.h,
+                opt.a / opt.h, opt.E, opt.nu, opt.layers, opt.layers > 1 ? "s" : "",
+                uniform ? "uniform pressure" : "point load at the centre",
+                opt.support == Support::hard ? "hard simply supported" : "clamped");
+    std::printf("8-node elements, %s unknowns per node, %s route, %s assembly, solved by %s\n",
+                opt.dofs == Dofs::plate ? "3 plate" : "6 shell",
+                opt.route == Route::precise ? "double-precision" : "compatible single-precision",
+                opt.assembly == Assembly::crs ? "compressed-row" : "skyline", solver_name());
+    if (!std::isnan(ref.w)) std::printf("Reference: %s\n", ref.source);
+
+    std::vector<Row> rows;
+    for (int n : opt.meshes) {
+        Row row{};
+        const bool timed = !opt.quiet;
+        if (timed) std::printf("-- %dx%d mesh\n", n, n);
+        try {
+            if (!analyse(opt, n, timed, row, wscale, mscale)) return 1;
+        } catch (const std::exception& e) {
+            std::fprintf(stderr, "slab: %dx%d mesh: %s\n", n, n, e.what());
+            return 1;
+        }
+        rows.push_back(row);
+    }
+
+    const char* wname = uniform ? "w_c D/(q a^4)" : "w_c D/(P a^2)";
+    const char* mname = uniform ? "Mx_c/(q a^2)" : "Mx_c/P";
+    std::printf("\n%5s %9s %15s %11s %6s %13s %9s\n", "N", "unknowns", wname, "error", "order", mname, "reference");
+    for (std::size_t k = 0; k < rows.size(); ++k) {
+        const Row& r = rows[k];
+        const double e = (r.w - ref.w) / ref.w;
+        char err[32] = "-", order[32] = "-", mref[32] = "-";
+        if (!std::isnan(ref.w)) std::snprintf(err, sizeof err, "%+.3e", e);
+        if (k > 0 && !std::isnan(ref.w) && rows[k - 1].n * 2 == r.n) {
+            const double ep = (rows[k - 1].w - ref.w) / ref.w;
+            if (e != 0.0) std::snprintf(order, sizeof order, "%.2f", std::log2(std::fabs(ep / e)));
+        }
+        if (!std::isnan(ref.mx)) std::snprintf(mref, sizeof mref, "%.4f", ref.mx);
+        std::printf("%5d %9d %15.8f %11s %6s %13.5f %9s\n", r.n, r.nfree, r.w, err, order, r.mx, mref);
+    }
+    if (!std::isnan(ref.w)) std::printf("%5s %9s %15.8f\n", "ref", "", ref.w);
+    std::printf("peak memory %.1f MiB\n", peak_memory_mib());
+    return 0;
+}
