@@ -182,14 +182,17 @@ Mesh make_mesh(double a, int n) {
     if (live != (2 * n + 1) * (2 * n + 1) - n * n)
         throw std::runtime_error("node merging left " + std::to_string(live) + " nodes");
 
-    // Fill-reducing order: node order[k] becomes k + 1.
-    const std::vector<int32_t> order = fill_reducing_order(m);
-    std::fill(newnum.begin(), newnum.end(), 0);
-    for (int32_t k = 0; k < m.nnode; ++k) newnum[order[k] + 1] = k + 1;
-    newnum.resize(m.nnode + 1);
-    renumber(m, newnum, m.nnode);
     incidence(m);
     return m;
+}
+
+void order_nodes(Mesh& m) {
+    // Node order[k] becomes node k + 1.
+    const std::vector<int32_t> order = fill_reducing_order(m);
+    std::vector<int32_t> newnum(m.nnode + 1, 0);
+    for (int32_t k = 0; k < m.nnode; ++k) newnum[order[k] + 1] = k + 1;
+    renumber(m, newnum, m.nnode);
+    incidence(m);
 }
 
 }  // namespace slab

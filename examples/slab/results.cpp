@@ -77,13 +77,13 @@ Results recover(const Options& opt, const Mesh& mesh, const System& sys, const s
         if (count[n]) r.mx[n] /= count[n], r.my[n] /= count[n], r.mxy[n] /= count[n];
     // The centre, interpolated in the element that holds it.
     int32_t e = 0;
-    float xi = 0, eta = 0, shp[40];
+    float xi = 0, eta = 0, shp[40], best = 0;
     if (locate(mesh, float(0.5 * opt.a), float(0.5 * opt.a), e, xi, eta)) {
         shape_functions(xi, eta, shp);
         for (int s = 1; s <= 8; ++s) {
             const int32_t n = mesh.node(s, e);
             r.wc += shp[10 + s] * r.w[n], r.mxc += shp[10 + s] * r.mx[n];
-            if (std::fabs(shp[10 + s] - 1.0f) < 1e-6f) r.centre = n;
+            if (r.centre == 0 || shp[10 + s] > best) r.centre = n, best = shp[10 + s];
         }
     }
     return r;

@@ -56,9 +56,11 @@ struct Mesh {
     const int32_t* record(int32_t n) const { return nodmem.data() + std::size_t(51) * n; }
 };
 
-// Meshes the square of side a with n x n elements and numbers the nodes in
-// a fill-reducing order of the node graph.
+// Meshes the square of side a with n x n elements.
 Mesh make_mesh(double a, int n);
+// Numbers the nodes in a fill-reducing order of the node graph, so that the
+// unknowns of a node stay together and the solver keeps the natural order.
+void order_nodes(Mesh& mesh);
 
 // The system of one analysis: element matrices, the global matrix as the
 // upper triangle in compressed rows (1-based, as the library appends them),
