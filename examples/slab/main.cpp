@@ -145,6 +145,9 @@ bool analyse(const Options& opt, int n, bool timed, Row& row, double wscale, dou
         for (int32_t k = 0; k < sys.neq; ++k) diff = std::max(diff, std::fabs(u[k] - other[k])), size = std::max(size, std::fabs(u[k]));
         std::printf("  compressed-row and skyline displacements %s (COMPAREARRAY; largest difference %.1e of the largest value)\n",
                     isame == -1 ? "agree" : "DIFFER", diff / size);
+        if (isame != -1 && opt.route == Route::compatible)
+            std::printf("  (expected on the compatible route: its node matrices are summed in single precision, the "
+                        "skyline in double)\n");
     }
     const Results r = recover(opt, mesh, sys, u);
     row = {n, sys.neq, sys.nfree, r.wc * wscale, r.mxc * mscale};
