@@ -74,6 +74,8 @@ Reference reference(const Options& o) {
     return r;
 }
 
+bool pictures_failed = false;
+
 struct Row {
     int n;
     int32_t neq, nfree;
@@ -151,11 +153,14 @@ bool analyse(const Options& opt, int n, bool timed, Row& row, double wscale, dou
     }
     const Results r = recover(opt, mesh, sys, u);
     row = {n, sys.neq, sys.nfree, r.wc * wscale, r.mxc * mscale};
-    if (timed) post_process(opt, mesh, sys, u, r);
+    if (timed || n == opt.meshes.back()) post_process(opt, mesh, sys, u, r);
     stage("results", true);
     if (!opt.outdir.empty() && n == opt.meshes.back()) {
         std::string err;
-        if (!write_svgs(opt, mesh, r, n, err)) std::fprintf(stderr, "slab: %s\n", err.c_str());
+        if (!write_svgs(opt, mesh, r, n, err)) {
+            std::fprintf(stderr, "slab: %s\n", err.c_str());
+            pictures_failed = true;
+        }
         stage("pictures", true);
     }
     return true;
@@ -193,8 +198,8 @@ int main(int argc, char** argv) {
     std::vector<Row> rows;
     for (int n : opt.meshes) {
         Row row{};
-        const bool timed = !opt.quiet;
-        if (timed) std::printf("-- %dx%d mesh\n", n, n);
+        const bool timed = opt.timings || n >= 100;
+        std::printf("-- %dx%d mesh\n", n, n);
         try {
             if (!analyse(opt, n, timed, row, wscale, mscale)) return 1;
         } catch (const std::exception& e) {
@@ -221,5 +226,5 @@ int main(int argc, char** argv) {
     }
     if (!std::isnan(ref.w)) std::printf("%5s %9s %15.8f\n", "ref", "", ref.w);
     std::printf("peak memory %.1f MiB\n", peak_memory_mib());
-    return 0;
+    return pictures_failed ? 1 : 0;
 }

@@ -433,7 +433,7 @@ void assemble_skyline(const Options& opt, const Mesh& mesh, Model& model, std::v
             nband = std::max(nband, height);
             idiag[eq + 1] = int32_t(std::min<int64_t>(profile, std::numeric_limits<int32_t>::max()));
         }
-    if (profile >= (int64_t(1) << 28))
+    if (profile > (int64_t(64) << 20))  // 512 MiB of skyline
         throw std::runtime_error("the skyline profile (" + std::to_string(profile) +
                                  " entries) is too large for this mesh; use --assembly crs");
     std::vector<double> sky(std::size_t(profile) + 1, 0.0);
@@ -509,7 +509,6 @@ void destroy_model(Model* model) { delete model; }
 }  // namespace slab
 
 namespace slab {
-double thickness(const Options& opt) { return opt.h; }
 double flexural_rigidity(const Options& opt) {
     return opt.E * opt.h * opt.h * opt.h / (12.0 * (1.0 - opt.nu * opt.nu));
 }

@@ -30,6 +30,7 @@ void print_usage(const char* program) {
         "  --svg DIR             directory for the contour plots (default .)\n"
         "  --no-svg              write no plots\n"
         "  --no-compare          do not check the other assembly route\n"
+        "  --timings             time every stage (always done from 100x100 elements on)\n"
         "  --help                this text\n",
         program);
 }
@@ -70,6 +71,10 @@ bool parse_options(int argc, char** argv, Options& opt, std::string& error, bool
         }
         if (flag == "--no-svg") {
             opt.outdir.clear();
+            continue;
+        }
+        if (flag == "--timings") {
+            opt.timings = true;
             continue;
         }
         if (flag == "--no-compare") {

@@ -32,7 +32,7 @@ struct Options {
     Route route = Route::precise;
     std::string outdir = ".";  // where the pictures go; empty: none
     bool compare = true;       // also assemble by the other route and compare
-    bool quiet = false;
+    bool timings = false;      // time every stage (always from 100 x 100 elements on)
 };
 
 // Parses argv. Returns false with a message in `error` for bad options;
@@ -112,6 +112,5 @@ bool locate(const Mesh& mesh, float x, float y, int32_t& elem, float& xi, float&
 
 // Plate data shared by the stages.
 double flexural_rigidity(const Options& opt);  // D = E h^3 / 12 (1 - nu^2)
-double thickness(const Options& opt);
 
 }  // namespace slab

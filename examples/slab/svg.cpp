@@ -95,7 +95,7 @@ struct Plot {
     }
 };
 
-bool write_plot(const Options& opt, const Mesh& mesh, const std::vector<double>& value, const Results& r,
+bool write_plot(const Options& opt, const Mesh& mesh, const std::vector<double>& value,
                 const std::string& file, const std::string& title, const char* unit, double scale,
                 std::string& error) {
     Plot p(mesh, value, opt.a);
@@ -152,7 +152,6 @@ bool write_plot(const Options& opt, const Mesh& mesh, const std::vector<double>&
     int32_t peak = 1;
     for (int32_t n = 1; n <= mesh.nnode; ++n)
         if (std::fabs(value[n]) > std::fabs(value[peak])) peak = n;
-    (void)r;
     std::snprintf(buf, sizeof buf,
                   "<circle cx=\"%.1f\" cy=\"%.1f\" r=\"6\" fill=\"none\" stroke=\"#000\" stroke-width=\"2\"/>\n"
                   "<text x=\"%.1f\" y=\"%.1f\" stroke=\"white\" stroke-width=\"4\" paint-order=\"stroke\">peak %.5g %s at (%.3g, %.3g)</text>\n",
@@ -195,9 +194,9 @@ bool write_svgs(const Options& opt, const Mesh& mesh, const Results& r, int n, s
                              std::to_string(n) + "x" + std::to_string(n) + " elements";
     const std::string base = opt.outdir + "/slab_" + (opt.support == Support::hard ? "ss" : "clamped") +
                              (uniform ? "" : "_point");
-    return write_plot(opt, mesh, r.w, r, base + "_deflection.svg", "Deflection w, " + what,
+    return write_plot(opt, mesh, r.w, base + "_deflection.svg", "Deflection w, " + what,
                       uniform ? "w D/(q a^4)" : "w D/(P a^2)", wscale, error) &&
-           write_plot(opt, mesh, r.mx, r, base + "_mx.svg", "Bending moment Mx, " + what,
+           write_plot(opt, mesh, r.mx, base + "_mx.svg", "Bending moment Mx, " + what,
                       uniform ? "Mx/(q a^2)" : "Mx/P", mscale, error);
 }
 
