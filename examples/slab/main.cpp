@@ -211,7 +211,7 @@ int main(int argc, char** argv) {
 
     const char* wname = uniform ? "w_c D/(q a^4)" : "w_c D/(P a^2)";
     const char* mname = uniform ? "Mx_c/(q a^2)" : "Mx_c/P";
-    std::printf("\n%5s %9s %15s %11s %6s %13s %9s\n", "N", "unknowns", wname, "error", "order", mname, "reference");
+    std::printf("\n%5s %9s %16s %11s %6s %13s %9s\n", "N", "unknowns", wname, "error", "order", mname, "reference");
     for (std::size_t k = 0; k < rows.size(); ++k) {
         const Row& r = rows[k];
         const double e = (r.w - ref.w) / ref.w;
@@ -222,9 +222,9 @@ int main(int argc, char** argv) {
             if (e != 0.0) std::snprintf(order, sizeof order, "%.2f", std::log2(std::fabs(ep / e)));
         }
         if (!std::isnan(ref.mx)) std::snprintf(mref, sizeof mref, "%.4f", ref.mx);
-        std::printf("%5d %9d %15.8f %11s %6s %13.5f %9s\n", r.n, r.nfree, r.w, err, order, r.mx, mref);
+        std::printf("%5d %9d %16.11f %11s %6s %13.5f %9s\n", r.n, r.nfree, r.w, err, order, r.mx, mref);
     }
-    if (!std::isnan(ref.w)) std::printf("%5s %9s %15.8f\n", "ref", "", ref.w);
+    if (!std::isnan(ref.w)) std::printf("%5s %9s %16.11f\n", "ref", "", ref.w);
     std::printf("peak memory %.1f MiB\n", peak_memory_mib());
     return pictures_failed ? 1 : 0;
 }

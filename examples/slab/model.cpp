@@ -2,13 +2,13 @@
 //
 // The same host code runs both routes: the double-precision extension with
 // double arrays, or the compatible single-precision routines with float
-// arrays. The overloads below pick the routine from the array type, exactly
-// as a host switches route by changing its arrays.
+// arrays, exactly as a host switches route by changing its array types.
 #include <algorithm>
 #include <cmath>
 #include <limits>
 #include <numeric>
 #include <stdexcept>
+#include <type_traits>
 
 #include "shellfe.h"
 #include "slab.hpp"
@@ -19,117 +19,14 @@ namespace {
 
 const int32_t kNoOptions = 0;  // the extension's layer formulas as the compatible ones
 
-// ---- one routine name per step, whichever the precision --------------------
-
-void plate_bending(const int32_t* ngp, const int32_t* ntype, const double* gpos, int32_t* ngpt, const int32_t* iel,
-                   int32_t* ngpt2, const int32_t* nnode, const double* xy, const double* tnode, const int32_t* imat,
-                   double* prop, const int32_t* ioff, double* estif, const double* gwei, const int32_t* nelem,
-                   const int32_t* nmat, const int32_t* ldes, const int32_t* ndofn, const double* play,
-                   const double* zlay, const int32_t* nlay, double* detj) {
-    shellfe_plate_bending_stiffness(ngp, ngp, ntype, gpos, ngpt, iel, ngpt2, nullptr, nnode, xy, tnode, nullptr, imat,
-                                    prop, ioff, estif, gwei, nullptr, nullptr, nelem, nmat, ldes, ndofn, nnode, play,
-                                    zlay, nlay, detj, &kNoOptions);
-}
-void plate_bending(const int32_t* ngp, const int32_t* ntype, const float* gpos, int32_t* ngpt, const int32_t* iel,
-                   int32_t* ngpt2, const int32_t* nnode, const float* xy, const float* tnode, const int32_t* imat,
-                   float* prop, const int32_t* ioff, float* estif, const float* gwei, const int32_t* nelem,
-                   const int32_t* nmat, const int32_t* ldes, const int32_t* ndofn, const float* play,
-                   const float* zlay, const int32_t* nlay, float* detj) {
-    STIFFP001DOTNET(ngp, ngp, ntype, gpos, ngpt, iel, ngpt2, nullptr, nnode, xy, tnode, nullptr, imat, prop, ioff,
-                    estif, gwei, nullptr, nullptr, nelem, nmat, ldes, ndofn, nnode, play, zlay, nlay, detj);
-}
-void plate_shear(const int32_t* ngp, const int32_t* ntype, const double* gpos, int32_t* ngpt, const int32_t* iel,
-                 const int32_t* nnode, const double* xy, const double* tnode, const int32_t* imat, double* prop,
-                 const int32_t* ioff, double* estif, const double* gwei, const int32_t* nelem, const int32_t* nmat,
-                 const int32_t* ldes, const int32_t* ndofn, const double* play, const double* zlay,
-                 const int32_t* nlay, double* detj) {
-    shellfe_plate_shear_stiffness(ngp, ngp, ntype, gpos, ngpt, iel, nnode, xy, tnode, nullptr, imat, prop, ioff, estif,
-                                  gwei, nullptr, nelem, nmat, ldes, ndofn, nnode, play, zlay, nlay, detj, &kNoOptions);
-}
-void plate_shear(const int32_t* ngp, const int32_t* ntype, const float* gpos, int32_t* ngpt, const int32_t* iel,
-                 const int32_t* nnode, const float* xy, const float* tnode, const int32_t* imat, float* prop,
-                 const int32_t* ioff, float* estif, const float* gwei, const int32_t* nelem, const int32_t* nmat,
-                 const int32_t* ldes, const int32_t* ndofn, const float* play, const float* zlay,
-                 const int32_t* nlay, float* detj) {
-    STIFFP002DOTNET(ngp, ngp, ntype, gpos, ngpt, iel, nnode, xy, tnode, nullptr, imat, prop, ioff, estif, gwei,
-                    nullptr, nelem, nmat, ldes, ndofn, nnode, play, zlay, nlay, detj);
-}
-void membrane(const int32_t* ngp, const int32_t* ntype, const double* gpos, int32_t* ngpt, const int32_t* iel,
-              const int32_t* nnode, const double* xy, const double* tnode, const int32_t* imat, double* prop,
-              const double* gwei, const int32_t* nelem, const int32_t* nmat, double* estif, double* detj) {
-    shellfe_membrane_stiffness(ngp, ngp, ntype, gpos, ngpt, iel, nnode, xy, tnode, nullptr, imat, prop, gwei, nullptr,
-                               nelem, nmat, nullptr, nullptr, nnode, estif, detj);
-}
-void membrane(const int32_t* ngp, const int32_t* ntype, const float* gpos, int32_t* ngpt, const int32_t* iel,
-              const int32_t* nnode, const float* xy, const float* tnode, const int32_t* imat, float* prop,
-              const float* gwei, const int32_t* nelem, const int32_t* nmat, float* estif, float* detj) {
-    STIFFP003DOTNET(ngp, ngp, ntype, gpos, ngpt, iel, nnode, xy, tnode, nullptr, imat, prop, gwei, nullptr, nelem,
-                    nmat, nullptr, nullptr, nnode, estif, detj);
-}
-void finish_shell(const double* k2, double* k, const int32_t* nenod, int32_t* nodflg, const int32_t* ndofn,
-                  const int32_t* ldes, const int32_t* ldcn, const int32_t* ielem, const int32_t* ielnod,
-                  const double* ratio) {
-    shellfe_finish_shell_element(k2, k, nenod, nodflg, ndofn, ldes, nullptr, ldcn, ielem, ielnod, ratio);
-}
-void finish_shell(const float* k2, float* k, const int32_t* nenod, int32_t* nodflg, const int32_t* ndofn,
-                  const int32_t* ldes, const int32_t* ldcn, const int32_t* ielem, const int32_t* ielnod,
-                  const float* ratio) {
-    STIESTDLLDOTNET(k2, k, nenod, nodflg, ndofn, ldes, nullptr, ldcn, ielem, ielnod, ratio);
-}
-void select_dofs(const int32_t* nnode, const int32_t* nsel, const int32_t* ldk, const double* src, double* dst,
-                 const int32_t* idof) {
-    shellfe_select_dofs(nnode, nsel, ldk, src, dst, idof);
-}
-void select_dofs(const int32_t* nnode, const int32_t* nsel, const int32_t* ldk, const float* src, float* dst,
-                 const int32_t* idof) {
-    BUILDESTIF1DOTNET(nnode, nsel, ldk, src, dst, idof);
-}
-
-// Gathers one element into the node matrix and appends one compressed row:
-// the double route keeps a double node matrix, appended by the
-// double-matrix row routine; the compatible route a float one.
-struct NodeArrays {
-    const int32_t *ielnod, *isprf, *locnod, *idofmap;
-    int32_t* ivisit;
-};
-void gather(double* k, const int32_t* inode, const int32_t* ielem, double* snode, const NodeArrays& a,
-            const int32_t* ndof, const int32_t* ldes, const int32_t* ldsf, const int32_t* ldnm, const int32_t* ldcn,
-            const double* spring, const double* upres, double* fload, int32_t* nnzcnt) {
-    const int32_t nenod = 8;
-    shellfe_gather_node_stiffness(k, inode, &nenod, snode, ielem, spring, a.ivisit, nullptr, a.ielnod, a.isprf, ndof,
-                                  ndof, ldes, ldsf, ldnm, nullptr, ldcn, nullptr, upres, fload, a.locnod, nnzcnt,
-                                  a.idofmap);
-}
-void gather(float* k, const int32_t* inode, const int32_t* ielem, float* snode, const NodeArrays& a,
-            const int32_t* ndof, const int32_t* ldes, const int32_t* ldsf, const int32_t* ldnm, const int32_t* ldcn,
-            const float* spring, const float* upres, double* fload, int32_t* nnzcnt) {
-    const int32_t nenod = 8;
-    BUILDALLNODESTIFFDLLDOTNET01(k, inode, &nenod, snode, ielem, spring, a.ivisit, nullptr, a.ielnod, a.isprf, ndof,
-                                 ndof, ldes, ldsf, ldnm, nullptr, ldcn, nullptr, upres, fload, a.locnod, nnzcnt,
-                                 a.idofmap);
-}
-void append_row(const int32_t* ndof, const int32_t* ldnm, int32_t* nnz, int32_t* rowptr, int32_t* col, int32_t* nrows,
-                const int32_t* ifix, const double* snode, double* val, const int32_t* irown, const int32_t* nodlst) {
-    ADDTOCRSMASSDLLDLL(ndof, ldnm, nnz, rowptr, col, nullptr, nrows, ifix, snode, val, nullptr, irown, nodlst, nullptr,
-                       ndof);
-}
-void append_row(const int32_t* ndof, const int32_t* ldnm, int32_t* nnz, int32_t* rowptr, int32_t* col, int32_t* nrows,
-                const int32_t* ifix, const float* snode, double* val, const int32_t* irown, const int32_t* nodlst) {
-    ADDTOCRSSTIFFDLLDOTNET(ndof, ldnm, nnz, rowptr, col, nullptr, nrows, ifix, snode, val, nullptr, irown, nodlst,
-                           nullptr, ndof);
-}
-void add_to_skyline(const double* k, const int32_t* ielnod, const int32_t* idiag, const int32_t* nband,
-                    const int32_t* ndof, double* sky, const int32_t* numnod, const int32_t* ielem, const int32_t* ldcn,
-                    const int32_t* ldes) {
-    const int32_t nslot = 8;
-    shellfe_add_shell_to_skyline(k, ielnod, nullptr, idiag, nband, ndof, sky, numnod, ielem, ldcn, nullptr, nullptr,
-                                 ldes, &nslot);
-}
-void add_to_skyline(const float* k, const int32_t* ielnod, const int32_t* idiag, const int32_t* nband,
-                    const int32_t* ndof, double* sky, const int32_t* numnod, const int32_t* ielem, const int32_t* ldcn,
-                    const int32_t* ldes) {
-    const int32_t nslot = 8;
-    ADDSHELLTOSDOTNET(k, ielnod, nullptr, idiag, nband, ndof, sky, numnod, ielem, ldcn, nullptr, nullptr, ldes, &nslot);
+// Calls the double-precision routine with double arrays, the compatible one
+// with float arrays: the two take the same arguments in the same order.
+template <class Real, class Compatible, class Precise, class... A>
+void call(Compatible compatible, Precise precise, A... args) {
+    if constexpr (std::is_same_v<Real, double>)
+        precise(args...);
+    else
+        compatible(args...);
 }
 
 // ---- the element matrices ---------------------------------------------------
@@ -236,17 +133,22 @@ void form_elements(const Options& opt, const Mesh& mesh, Model& model, std::vect
         std::fill(k6.begin(), k6.end(), Real(0));
         int32_t ngpt = 0, ngpt2 = 0;
         Real detj = 0;
-        plate_bending(&nb, &ntype, pl.gpos3, &ngpt, &iel, &ngpt2, &nnode, xy, pl.tnode, &one, pl.prop, &ioff,
-                      k6.data(), pl.gwei3, &one, &one, &ld6, &ndofn, pl.play.data(), pl.zlay.data(), &pl.nlay, &detj);
+        call<Real>(STIFFP001DOTNET, [](auto... a) { shellfe_plate_bending_stiffness(a..., &kNoOptions); }, &nb, &nb,
+                   &ntype, pl.gpos3, &ngpt, &iel, &ngpt2, nullptr, &nnode, xy, pl.tnode, nullptr, &one, pl.prop, &ioff,
+                   k6.data(), pl.gwei3, nullptr, nullptr, &one, &one, &ld6, &ndofn, &nnode, pl.play.data(),
+                   pl.zlay.data(), &pl.nlay, &detj);
         if (!(detj > 0)) throw std::runtime_error("element " + std::to_string(e) + " is degenerate");
-        plate_shear(&ns, &ntype, pl.gpos2, &ngpt, &iel, &nnode, xy, pl.tnode, &one, pl.prop, &ioff, k6.data(),
-                    pl.gwei2, &one, &one, &ld6, &ndofn, pl.play.data(), pl.zlay.data(), &pl.nlay, &detj);
+        call<Real>(STIFFP002DOTNET, [](auto... a) { shellfe_plate_shear_stiffness(a..., &kNoOptions); }, &ns, &ns,
+                   &ntype, pl.gpos2, &ngpt, &iel, &nnode, xy, pl.tnode, nullptr, &one, pl.prop, &ioff, k6.data(),
+                   pl.gwei2, nullptr, &one, &one, &ld6, &ndofn, &nnode, pl.play.data(), pl.zlay.data(), &pl.nlay,
+                   &detj);
         if (shell) {
             std::fill(k2.begin(), k2.end(), Real(0));
-            membrane(&nb, &ntype, pl.gpos3, &ngpt, &iel, &nnode, xy, pl.tnode, &one, pl.prop, pl.gwei3, &one, &one,
-                     k2.data(), &detj);
-            finish_shell(k2.data(), k6.data(), &nnode, nodflg.data(), &ndofn, &ld6, &mesh.nelem, &e,
-                         mesh.ielnod.data(), &ratio);
+            call<Real>(STIFFP003DOTNET, shellfe_membrane_stiffness, &nb, &nb, &ntype, pl.gpos3, &ngpt, &iel, &nnode,
+                       xy, pl.tnode, nullptr, &one, pl.prop, pl.gwei3, nullptr, &one, &one, nullptr, nullptr, &nnode,
+                       k2.data(), &detj);
+            call<Real>(STIESTDLLDOTNET, shellfe_finish_shell_element, k2.data(), k6.data(), &nnode, nodflg.data(),
+                       &ndofn, &ld6, nullptr, &mesh.nelem, &e, mesh.ielnod.data(), &ratio);
         }
         // The routines fill the lower triangle (column-major: row p, column
         // q at p + 49 q); the assembly routines read the whole matrix.
@@ -257,7 +159,7 @@ void form_elements(const Options& opt, const Mesh& mesh, Model& model, std::vect
             std::copy(k6.begin(), k6.end(), out);
             continue;
         }
-        select_dofs(&nnode, &nsel, &ld6, k6.data(), sel.data(), idof);
+        call<Real>(BUILDESTIF1DOTNET, shellfe_select_dofs, &nnode, &nsel, &ld6, k6.data(), sel.data(), idof);
         for (int b = 0; b < 8; ++b)
             for (int q = 1; q <= 3; ++q)
                 for (int a = 0; a < 8; ++a)
@@ -349,7 +251,7 @@ void restrain(const Options& opt, const Mesh& mesh, System& sys) {
 // unit diagonal, so that equation numbers stay those of the nodes.
 template <class Real>
 void assemble_crs(const Mesh& mesh, Model& model, std::vector<Real>& store, System& sys) {
-    const int32_t nd = model.ndof, ldes = model.ldes, ldsf = mesh.nnode;
+    const int32_t nd = model.ndof, ldes = model.ldes, ldsf = mesh.nnode, nenod = 8;
     std::vector<int32_t> lists, at(mesh.nnode + 1), near;
     std::size_t capacity = 0;
     int32_t widest = 0;
@@ -374,7 +276,6 @@ void assemble_crs(const Mesh& mesh, Model& model, std::vector<Real>& store, Syst
     std::vector<int32_t> locnod(mesh.nnode + 1, 0), ivisit(mesh.nnode + 1, -1), isprf(std::size_t(nd) * (mesh.nnode + 1));
     std::vector<int32_t> idofmap(nd + 1);
     std::iota(idofmap.begin(), idofmap.end(), 0);
-    const NodeArrays arrays{mesh.ielnod.data(), isprf.data(), locnod.data(), idofmap.data(), ivisit.data()};
     sys.rowptr.assign(sys.neq + 1, 0);
     sys.col.assign(capacity, 0);
     sys.val.assign(capacity, 0.0);
@@ -386,12 +287,17 @@ void assemble_crs(const Mesh& mesh, Model& model, std::vector<Real>& store, Syst
         const int32_t* rec = mesh.record(n);
         for (int32_t k = 1; k <= rec[0]; ++k) {
             const int32_t e = rec[k];
-            gather(store.data() + model.stride() * (e - 1), &n, &e, snode.data(), arrays, &nd, &ldes, &ldsf, &ldnm,
-                   &mesh.nelem, spring.data(), upres.data(), fload.data(), &nnzcnt);
+            call<Real>(BUILDALLNODESTIFFDLLDOTNET01, shellfe_gather_node_stiffness,
+                       store.data() + model.stride() * (e - 1), &n, &nenod, snode.data(), &e, spring.data(),
+                       ivisit.data(), nullptr, mesh.ielnod.data(), isprf.data(), &nd, &nd, &ldes, &ldsf, &ldnm,
+                       nullptr, &mesh.nelem, nullptr, upres.data(), fload.data(), locnod.data(), &nnzcnt,
+                       idofmap.data());
         }
         for (int32_t r = 1; r <= nd; ++r) {
-            append_row(&nd, &ldnm, &nnz, sys.rowptr.data(), sys.col.data(), &nrows, sys.ifix.data(), snode.data(),
-                       sys.val.data(), &r, nodlst);
+            // A double node matrix is appended by the double-matrix row routine.
+            call<Real>(ADDTOCRSSTIFFDLLDOTNET, ADDTOCRSMASSDLLDLL, &nd, &ldnm, &nnz, sys.rowptr.data(),
+                       sys.col.data(), nullptr, &nrows, sys.ifix.data(), snode.data(), sys.val.data(), nullptr, &r,
+                       nodlst, nullptr, &nd);
             const int32_t eq = (n - 1) * nd + r;
             if (sys.ifix[eq]) {
                 nnz = sys.rowptr[nrows - 1] - 1;
@@ -408,7 +314,7 @@ void assemble_crs(const Mesh& mesh, Model& model, std::vector<Real>& store, Syst
 // into compressed rows in the nodes' own numbering for the solver.
 template <class Real>
 void assemble_skyline(const Options& opt, const Mesh& mesh, Model& model, std::vector<Real>& store, System& sys) {
-    const int32_t nd = model.ndof, ldes = model.ldes;
+    const int32_t nd = model.ndof, ldes = model.ldes, nslot = 8;
     std::vector<int32_t> order(mesh.nnode), numnod(mesh.nnode + 1, 0), inverse(mesh.nnode + 1, 0);
     std::iota(order.begin(), order.end(), 1);
     const float tol = float(1.0e-3 * opt.a / std::sqrt(double(mesh.nelem)));
@@ -438,8 +344,9 @@ void assemble_skyline(const Options& opt, const Mesh& mesh, Model& model, std::v
                                  " entries) is too large for this mesh; use --assembly crs");
     std::vector<double> sky(std::size_t(profile) + 1, 0.0);
     for (int32_t e = 1; e <= mesh.nelem; ++e)
-        add_to_skyline(store.data() + model.stride() * (e - 1), mesh.ielnod.data(), idiag.data(), &nband, &nd,
-                       sky.data(), numnod.data(), &e, &mesh.nelem, &ldes);
+        call<Real>(ADDSHELLTOSDOTNET, shellfe_add_shell_to_skyline, store.data() + model.stride() * (e - 1),
+                   mesh.ielnod.data(), nullptr, idiag.data(), &nband, &nd, sky.data(), numnod.data(), &e, &mesh.nelem,
+                   nullptr, nullptr, &ldes, &nslot);
     // Read back: column I of the skyline holds rows J = I - height + 1 .. I.
     std::vector<std::vector<std::pair<int32_t, double>>> rows(sys.neq + 1);
     auto natural = [&](int32_t eq) { return (inverse[(eq - 1) / nd + 1] - 1) * nd + (eq - 1) % nd + 1; };
