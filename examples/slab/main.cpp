@@ -3,7 +3,10 @@
 // meshed with N x N eight-node elements and analysed through the library's
 // exported routines alone; prints the convergence of the centre deflection
 // and moment against reference values of the same plate theory.
+#if defined(__unix__) || defined(__APPLE__)
 #include <sys/resource.h>
+#define SLAB_HAVE_RUSAGE 1
+#endif
 
 #include <algorithm>
 #include <chrono>
@@ -29,15 +32,28 @@ double seconds_since(std::chrono::steady_clock::time_point t0) {
 // Processor time of the process, user and system: on a shared machine it
 // tells the work of a stage apart from the time spent waiting for a core.
 double cpu_seconds() {
+#if defined(SLAB_HAVE_RUSAGE)
     rusage ru{};
     getrusage(RUSAGE_SELF, &ru);
     return double(ru.ru_utime.tv_sec + ru.ru_stime.tv_sec) + 1e-6 * double(ru.ru_utime.tv_usec + ru.ru_stime.tv_usec);
+#else
+    return 0.0;
+#endif
 }
 
+// The largest resident set so far (0 where the system does not tell).
 double peak_memory_mib() {
+#if defined(SLAB_HAVE_RUSAGE)
     rusage ru{};
     getrusage(RUSAGE_SELF, &ru);
-    return double(ru.ru_maxrss) / 1024.0;  // kilobytes on Linux
+#if defined(__APPLE__)
+    return double(ru.ru_maxrss) / (1024.0 * 1024.0);  // bytes
+#else
+    return double(ru.ru_maxrss) / 1024.0;  // kilobytes
+#endif
+#else
+    return 0.0;
+#endif
 }
 
 // Reference values, normalised (w D / (q a^4), Mx / (q a^2)); NaN where none

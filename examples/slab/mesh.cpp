@@ -89,10 +89,14 @@ std::vector<int32_t> fill_reducing_order(const Mesh& m) {
         cholmod_finish(&c);
     }
 #else
-    // Approximate minimum degree on the node graph, by Eigen.
-    Eigen::Map<const Eigen::SparseMatrix<int, Eigen::ColMajor, int>> g(
-        m.nnode, m.nnode, int(rows.size()), colptr.data(), rows.data(), rows.data());
-    Eigen::SparseMatrix<int> pattern = g;
+    // Approximate minimum degree on the node graph, by Eigen, which wants
+    // the diagonal in the pattern (without it, it returns the identity).
+    const std::vector<int> ones(rows.size(), 1);
+    Eigen::Map<const Eigen::SparseMatrix<int, Eigen::ColMajor, int>> g(m.nnode, m.nnode, int(rows.size()),
+                                                                        colptr.data(), rows.data(), ones.data());
+    Eigen::SparseMatrix<int> identity(m.nnode, m.nnode);
+    identity.setIdentity();
+    const Eigen::SparseMatrix<int> pattern = g + identity;
     Eigen::AMDOrdering<int> amd;
     Eigen::PermutationMatrix<Eigen::Dynamic, Eigen::Dynamic, int> perm;
     amd(pattern, perm);
