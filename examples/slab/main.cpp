@@ -13,6 +13,7 @@
 #include <cmath>
 #include <cstdio>
 #include <exception>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -102,8 +103,8 @@ struct Row {
 bool analyse(const Options& opt, int n, bool timed, Row& row, double wscale, double mscale) {
     auto t = std::chrono::steady_clock::now();
     double cpu = cpu_seconds();
-    auto stage = [&](const char* name, bool print) {
-        if (timed && print)
+    auto stage = [&](const char* name) {
+        if (timed)
             std::printf("  %-18s %7.2f s wall %7.2f s cpu   peak memory %7.1f MiB\n", name, seconds_since(t),
                         cpu_seconds() - cpu, peak_memory_mib());
         std::fflush(stdout);
@@ -111,28 +112,27 @@ bool analyse(const Options& opt, int n, bool timed, Row& row, double wscale, dou
         cpu = cpu_seconds();
     };
     Mesh mesh = make_mesh(opt.a, n);
-    stage("mesh", true);
+    stage("mesh");
     order_nodes(mesh);
-    stage("node ordering", true);
+    stage("node ordering");
     System sys;
-    Model* model = build_model(opt, mesh, sys);
-    stage("element matrices", true);
-    assemble(opt, opt.assembly, model, mesh, sys);
-    stage("assembly", true);
+    std::shared_ptr<Model> model = build_model(opt, mesh, sys);
+    stage("element matrices");
+    assemble(opt, opt.assembly, *model, mesh, sys);
+    stage("assembly");
 
     // The other assembly route on the same element matrices must give the
     // same displacements.
     std::vector<double> other;
     if (opt.compare && n <= 32) {
         System alt = sys;
-        assemble(opt, opt.assembly == Assembly::crs ? Assembly::skyline : Assembly::crs, model, mesh, alt);
+        assemble(opt, opt.assembly == Assembly::crs ? Assembly::skyline : Assembly::crs, *model, mesh, alt);
         std::string err;
         double tf = 0, ts = 0;
         if (!solve(alt, other, err, tf, ts)) other.clear();
-        stage("other route", true);
+        stage("other route");
     }
-    free_element_matrices(model);
-    destroy_model(model);
+    model.reset();  // the element matrices are not needed beyond assembly
 
     std::vector<double> u;
     std::string error;
@@ -162,7 +162,7 @@ bool analyse(const Options& opt, int n, bool timed, Row& row, double wscale, dou
         double diff = 0.0, size = 0.0;
         for (int32_t k = 0; k < sys.neq; ++k) diff = std::max(diff, std::fabs(u[k] - other[k])), size = std::max(size, std::fabs(u[k]));
         std::printf("  compressed-row and skyline displacements %s (COMPAREARRAY; largest difference %.1e of the largest value)\n",
-                    isame == -1 ? "agree" : "DIFFER", diff / size);
+                    isame == -1 ? "agree" : "DIFFER", size > 0.0 ? diff / size : 0.0);
         if (isame != -1 && opt.route == Route::compatible)
             std::printf("  (expected on the compatible route: its node matrices are summed in single precision, the "
                         "skyline in double)\n");
@@ -170,14 +170,14 @@ bool analyse(const Options& opt, int n, bool timed, Row& row, double wscale, dou
     const Results r = recover(opt, mesh, sys, u);
     row = {n, sys.neq, sys.nfree, r.wc * wscale, r.mxc * mscale};
     if (timed || n == opt.meshes.back()) post_process(opt, mesh, sys, u, r);
-    stage("results", true);
+    stage("results");
     if (!opt.outdir.empty() && n == opt.meshes.back()) {
         std::string err;
         if (!write_svgs(opt, mesh, r, n, err)) {
             std::fprintf(stderr, "slab: %s\n", err.c_str());
             pictures_failed = true;
         }
-        stage("pictures", true);
+        stage("pictures");
     }
     return true;
 }

@@ -373,8 +373,8 @@ void assemble_skyline(const Options& opt, const Mesh& mesh, Model& model, std::v
 
 }  // namespace
 
-Model* build_model(const Options& opt, const Mesh& mesh, System& sys) {
-    auto* model = new Model;
+std::shared_ptr<Model> build_model(const Options& opt, const Mesh& mesh, System& sys) {
+    auto model = std::make_shared<Model>();
     model->ndof = opt.dofs == Dofs::shell ? 6 : 3;
     model->ldes = 8 * model->ndof;
     model->precise = opt.route == Route::precise;
@@ -392,31 +392,22 @@ Model* build_model(const Options& opt, const Mesh& mesh, System& sys) {
     return model;
 }
 
-void assemble(const Options& opt, Assembly how, Model* model, const Mesh& mesh, System& sys) {
+void assemble(const Options& opt, Assembly how, Model& model, const Mesh& mesh, System& sys) {
     if (how == Assembly::crs) {
-        if (model->precise)
-            assemble_crs(mesh, *model, model->kd, sys);
+        if (model.precise)
+            assemble_crs(mesh, model, model.kd, sys);
         else
-            assemble_crs(mesh, *model, model->kf, sys);
+            assemble_crs(mesh, model, model.kf, sys);
     } else {
-        if (model->precise)
-            assemble_skyline(opt, mesh, *model, model->kd, sys);
+        if (model.precise)
+            assemble_skyline(opt, mesh, model, model.kd, sys);
         else
-            assemble_skyline(opt, mesh, *model, model->kf, sys);
+            assemble_skyline(opt, mesh, model, model.kf, sys);
     }
 }
 
-void free_element_matrices(Model* model) {
-    std::vector<double>().swap(model->kd);
-    std::vector<float>().swap(model->kf);
-}
-
-void destroy_model(Model* model) { delete model; }
-
-}  // namespace slab
-
-namespace slab {
 double flexural_rigidity(const Options& opt) {
     return opt.E * opt.h * opt.h * opt.h / (12.0 * (1.0 - opt.nu * opt.nu));
 }
+
 }  // namespace slab

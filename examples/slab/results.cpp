@@ -137,7 +137,7 @@ void post_process(const Options& opt, const Mesh& mesh, const System& sys, const
     for (int32_t k = 1; k <= sys.neq; ++k) energy += sys.load[k] * u[k - 1];
     const int32_t worst = int32_t(std::max_element(erre.begin() + 1, erre.end()) - erre.begin());
     std::printf("  error estimate (STERRORDLLDOTNET): relative moment error %.3e, largest in element %d at (%.3f, %.3f)\n",
-                std::sqrt(errt / (errt + energy)), worst, 0.5 * (mesh.x(mesh.node(1, worst)) + mesh.x(mesh.node(5, worst))),
+                errt > 0.0f ? std::sqrt(errt / (errt + energy)) : 0.0, worst, 0.5 * (mesh.x(mesh.node(1, worst)) + mesh.x(mesh.node(5, worst))),
                 0.5 * (mesh.y(mesh.node(1, worst)) + mesh.y(mesh.node(5, worst))));
 
     // Mx in a net of radius a/10 around the centre node.

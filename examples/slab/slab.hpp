@@ -5,6 +5,7 @@
 #pragma once
 
 #include <cstdint>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -78,10 +79,8 @@ struct System {
 // Element matrices of every element (double or float storage by route), the
 // restraints and the loads; assembly by the chosen route.
 struct Model;
-Model* build_model(const Options& opt, const Mesh& mesh, System& sys);
-void assemble(const Options& opt, Assembly how, Model* model, const Mesh& mesh, System& sys);
-void free_element_matrices(Model* model);
-void destroy_model(Model* model);
+std::shared_ptr<Model> build_model(const Options& opt, const Mesh& mesh, System& sys);
+void assemble(const Options& opt, Assembly how, Model& model, const Mesh& mesh, System& sys);
 
 // Solves K u = f on the upper-triangle rows; u by equation from 0. Returns
 // false with a message when the factorisation fails.
