@@ -1,6 +1,8 @@
 // Command-line options of the slab example. Every value is checked here, so
 // that the library never sees a mesh or material it cannot make sense of.
+#include <algorithm>
 #include <cerrno>
+#include <iterator>
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
@@ -63,78 +65,63 @@ bool parse_options(int argc, char** argv, Options& opt, std::string& error, bool
         error = what;
         return false;
     };
+    // Options that take a positive number, and those that name one of two.
+    const struct { const char* flag; double* value; const char* what; } positives[] = {
+        {"--size", &opt.a, "the size"}, {"--thickness", &opt.h, "the thickness"}, {"--E", &opt.E, "Young's modulus"},
+        {"--q", &opt.q, "the pressure"}, {"--P", &opt.P, "the point load"}};
+    auto pick = [&](const std::string& value, const char* what, auto& out, const char* a, auto va, const char* b,
+                    auto vb) {
+        if (value != a && value != b) return fail("unknown " + std::string(what) + " '" + value + "' (" + a + " or " + b + ")");
+        out = value == a ? va : vb;
+        return true;
+    };
     for (int i = 1; i < argc; ++i) {
         const std::string flag = argv[i];
         if (flag == "--help" || flag == "-h") {
             help = true;
             return true;
         }
-        if (flag == "--no-svg") {
-            opt.outdir.clear();
+        if (flag == "--no-svg" || flag == "--timings" || flag == "--no-compare") {
+            if (flag == "--no-svg") opt.outdir.clear();
+            opt.timings = opt.timings || flag == "--timings";
+            opt.compare = opt.compare && flag != "--no-compare";
             continue;
         }
-        if (flag == "--timings") {
-            opt.timings = true;
-            continue;
-        }
-        if (flag == "--no-compare") {
-            opt.compare = false;
-            continue;
-        }
-        if (flag.rfind("--", 0) != 0) return fail("unexpected argument '" + flag + "'");
         static const char* valued[] = {"--size", "--thickness", "--E", "--nu", "--layers", "--load", "--q",
                                        "--P", "--support", "--mesh", "--assembly", "--dofs", "--route", "--svg"};
-        bool known = false;
-        for (const char* v : valued) known = known || flag == v;
-        if (!known) return fail("unknown option '" + flag + "' (see --help)");
+        if (std::none_of(std::begin(valued), std::end(valued), [&](const char* v) { return flag == v; }))
+            return fail(flag.rfind("--", 0) == 0 ? "unknown option '" + flag + "' (see --help)"
+                                                 : "unexpected argument '" + flag + "'");
         if (i + 1 >= argc) return fail("option " + flag + " needs a value");
         const std::string value = argv[++i];
         double x = 0.0;
-        auto positive = [&](double& out, const char* what) {
-            if (!number(value, x) || !(x > 0.0))
-                return fail(std::string(what) + " must be a positive number, not '" + value + "'");
-            out = x;
-            return true;
-        };
-        if (flag == "--size") {
-            if (!positive(opt.a, "the size")) return false;
-        } else if (flag == "--thickness") {
-            if (!positive(opt.h, "the thickness")) return false;
-        } else if (flag == "--E") {
-            if (!positive(opt.E, "Young's modulus")) return false;
-        } else if (flag == "--q") {
-            if (!positive(opt.q, "the pressure")) return false;
-        } else if (flag == "--P") {
-            if (!positive(opt.P, "the point load")) return false;
-        } else if (flag == "--nu") {
+        int k = 0;
+        bool ok = true, done = false;
+        for (const auto& p : positives)
+            if (flag == p.flag) {
+                ok = number(value, x) && x > 0.0;
+                if (!ok) return fail(std::string(p.what) + " must be a positive number, not '" + value + "'");
+                *p.value = x, done = true;
+            }
+        if (done) continue;
+        if (flag == "--nu") {
             if (!number(value, x) || !(x > -1.0 && x < 0.5))
                 return fail("Poisson's ratio must lie in (-1, 0.5), not '" + value + "'");
             opt.nu = x;
         } else if (flag == "--layers") {
-            int k = 0;
             if (!integer(value, k) || k < 1 || k > 100)
                 return fail("the number of layers must be an integer from 1 to 100, not '" + value + "'");
             opt.layers = k;
         } else if (flag == "--load") {
-            if (value == "uniform") opt.load = Load::uniform;
-            else if (value == "point") opt.load = Load::point;
-            else return fail("unknown load '" + value + "' (uniform or point)");
+            ok = pick(value, "load", opt.load, "uniform", Load::uniform, "point", Load::point);
         } else if (flag == "--support") {
-            if (value == "hard") opt.support = Support::hard;
-            else if (value == "clamped") opt.support = Support::clamped;
-            else return fail("unknown support '" + value + "' (hard or clamped)");
+            ok = pick(value, "support", opt.support, "hard", Support::hard, "clamped", Support::clamped);
         } else if (flag == "--assembly") {
-            if (value == "crs") opt.assembly = Assembly::crs;
-            else if (value == "skyline") opt.assembly = Assembly::skyline;
-            else return fail("unknown assembly '" + value + "' (crs or skyline)");
+            ok = pick(value, "assembly", opt.assembly, "crs", Assembly::crs, "skyline", Assembly::skyline);
         } else if (flag == "--dofs") {
-            if (value == "plate") opt.dofs = Dofs::plate;
-            else if (value == "shell") opt.dofs = Dofs::shell;
-            else return fail("unknown dofs '" + value + "' (plate or shell)");
+            ok = pick(value, "dofs", opt.dofs, "plate", Dofs::plate, "shell", Dofs::shell);
         } else if (flag == "--route") {
-            if (value == "double") opt.route = Route::precise;
-            else if (value == "compatible") opt.route = Route::compatible;
-            else return fail("unknown route '" + value + "' (double or compatible)");
+            ok = pick(value, "route", opt.route, "double", Route::precise, "compatible", Route::compatible);
         } else if (flag == "--svg") {
             if (value.empty()) return fail("the picture directory must not be empty");
             opt.outdir = value;
@@ -143,13 +130,13 @@ bool parse_options(int argc, char** argv, Options& opt, std::string& error, bool
             std::stringstream list(value);
             std::string item;
             while (std::getline(list, item, ',')) {
-                int n = 0;
-                if (!integer(item, n) || n < 1 || n > 400)
+                if (!integer(item, k) || k < 1 || k > 400)
                     return fail("mesh sizes must be integers from 1 to 400, not '" + item + "'");
-                opt.meshes.push_back(n);
+                opt.meshes.push_back(k);
             }
             if (opt.meshes.empty()) return fail("--mesh needs at least one size");
         }
+        if (!ok) return false;
     }
     if (opt.h == 0.0) opt.h = opt.a / 100.0;
     if (opt.h > opt.a) return fail("the thickness must not exceed the size of the slab");
