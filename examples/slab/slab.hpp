@@ -63,9 +63,10 @@ Mesh make_mesh(double a, int n);
 // unknowns of a node stay together and the solver keeps the natural order.
 void order_nodes(Mesh& mesh);
 
-// The system of one analysis: element matrices, the global matrix as the
-// upper triangle in compressed rows (1-based, as the library appends them),
-// the load vector and the restraints.
+// The global system: the upper triangle of the stiffness in compressed rows
+// (1-based, as the library appends them), the load vector and the
+// restraints. Equations are numbered by node; a restrained equation keeps a
+// unit diagonal and no load, so that the numbering never changes.
 struct System {
     int ndof = 3;                 // unknowns per node
     int wdof = 1;                 // position of w in a node block
