@@ -1,0 +1,116 @@
+// A square slab of eight-node plate elements analysed through the library's
+// exported routines only, as a host application drives them: the host keeps
+// the model in its own arrays (connectivity row after row, coordinates by
+// node number from 1) and hands them to one routine after another.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace slab {
+
+enum class Support { hard, clamped };
+enum class Load { uniform, point };
+enum class Assembly { crs, skyline };
+enum class Dofs { plate, shell };
+enum class Route { precise, compatible };  // double-precision extension / single-precision routines
+
+struct Options {
+    double a = 1.0;        // side of the square
+    double h = 0.0;        // thickness; 0 means a/100
+    double E = 2.1e11;     // Young's modulus
+    double nu = 0.3;       // Poisson's ratio
+    int layers = 1;        // identical unrotated layers through the thickness
+    Load load = Load::uniform;
+    double q = 1.0e4;      // pressure of the uniform load
+    double P = 1.0e4;      // force of the point load at the centre
+    Support support = Support::hard;
+    std::vector<int> meshes{4, 8, 16, 32};
+    Assembly assembly = Assembly::crs;
+    Dofs dofs = Dofs::plate;
+    Route route = Route::precise;
+    std::string outdir = ".";  // where the pictures go; empty: none
+    bool compare = true;       // also assemble by the other route and compare
+    bool timings = false;      // time every stage (always from 100 x 100 elements on)
+};
+
+// Parses argv. Returns false with a message in `error` for bad options;
+// `help` is set for --help.
+bool parse_options(int argc, char** argv, Options& opt, std::string& error, bool& help);
+void print_usage(const char* program);
+
+// The slab mesh as the host keeps it: node in slot a (1..8, corners in odd
+// slots, counter-clockwise from the lower-left corner) of element e at
+// ielnod[a * (nelem + 1) + e], slot 0 of every element 0; coordinates in
+// rows x, y, z of nnode + 1 entries each, node n in column n.
+struct Mesh {
+    int32_t nelem = 0, nnode = 0;
+    std::vector<int32_t> ielnod;
+    std::vector<float> xyz;
+    std::vector<int32_t> nodmem;  // node-to-element records, 51 per node
+    int32_t& node(int slot, int32_t e) { return ielnod[std::size_t(slot) * (nelem + 1) + e]; }
+    int32_t node(int slot, int32_t e) const { return ielnod[std::size_t(slot) * (nelem + 1) + e]; }
+    float x(int32_t n) const { return xyz[n]; }
+    float y(int32_t n) const { return xyz[std::size_t(nnode + 1) + n]; }
+    const int32_t* record(int32_t n) const { return nodmem.data() + std::size_t(51) * n; }
+};
+
+// Meshes the square of side a with n x n elements.
+Mesh make_mesh(double a, int n);
+// Numbers the nodes in a fill-reducing order of the node graph, so that the
+// unknowns of a node stay together and the solver keeps the natural order.
+void order_nodes(Mesh& mesh);
+
+// The global system: the upper triangle of the stiffness in compressed rows
+// (1-based, as the library appends them), the load vector and the
+// restraints. Equations are numbered by node; a restrained equation keeps a
+// unit diagonal and no load, so that the numbering never changes.
+struct System {
+    int ndof = 3;                 // unknowns per node
+    int wdof = 1;                 // position of w in a node block
+    int32_t neq = 0, nfree = 0;
+    std::vector<int32_t> ifix;    // by equation from 1
+    std::vector<double> load;     // by equation from 1
+    std::vector<int32_t> rowptr, col;
+    std::vector<double> val;
+};
+
+// Element matrices of every element (double or float storage by route), the
+// restraints and the loads; assembly by the chosen route.
+struct Model;
+std::shared_ptr<Model> build_model(const Options& opt, const Mesh& mesh, System& sys);
+void assemble(const Options& opt, Assembly how, Model& model, const Mesh& mesh, System& sys);
+
+// Solves K u = f on the upper-triangle rows; u by equation from 0. Returns
+// false with a message when the factorisation fails.
+bool solve(System& sys, std::vector<double>& u, std::string& error, double& t_factor, double& t_solve);
+const char* solver_name();
+
+// Nodal results and post-processing of one analysis.
+struct Results {
+    std::vector<double> w, mx, my, mxy;  // by node from 1, moments averaged at nodes
+    int32_t centre = 0;                  // node nearest to the centre
+    double wc = 0.0, mxc = 0.0;          // interpolated at the centre
+    int32_t peak = 0;                    // node of the largest deflection
+};
+Results recover(const Options& opt, const Mesh& mesh, const System& sys, const std::vector<double>& u);
+void post_process(const Options& opt, const Mesh& mesh, const System& sys, const std::vector<double>& u,
+                  const Results& r);
+
+// Contour plots of the deflection and of Mx.
+bool write_svgs(const Options& opt, const Mesh& mesh, const Results& r, int n, std::string& error);
+
+// Layer table (0:NLAY, 0:17) and face coordinates (0:NLAY+1) of the plate:
+// identical isotropic layers through the thickness.
+void layer_tables(const Options& opt, std::vector<double>& play, std::vector<double>& zlay);
+// The eight-node shape functions SHP (0:9, 0:3) at (xi, eta).
+void shape_functions(float xi, float eta, float* shp);
+// The element holding the point (x, y) and its natural coordinates there.
+bool locate(const Mesh& mesh, float x, float y, int32_t& elem, float& xi, float& eta);
+
+// Plate data shared by the stages.
+double flexural_rigidity(const Options& opt);  // D = E h^3 / 12 (1 - nu^2)
+
+}  // namespace slab
