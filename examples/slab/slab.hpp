@@ -34,6 +34,8 @@ struct Options {
     std::string outdir = ".";  // where the pictures go; empty: none
     bool compare = true;       // also assemble by the other route and compare
     bool timings = false;      // time every stage (always from 100 x 100 elements on)
+    bool digits = false;       // also print the centre values with every digit
+    bool petsc = false;        // distributed mode: PETSc over MPI (mpirun -np P slab --petsc)
 };
 
 // Parses argv. Returns false with a message in `error` for bad options;
@@ -112,5 +114,17 @@ bool locate(const Mesh& mesh, float x, float y, int32_t& elem, float& xi, float&
 
 // Plate data shared by the stages.
 double flexural_rigidity(const Options& opt);  // D = E h^3 / 12 (1 - nu^2)
+
+// The distributed mode, built where PETSc is found. start_distributed()
+// starts MPI and PETSc, which reads its own single-dash options from the
+// command line; every rank then calls analyse_distributed() for each mesh
+// and finish_distributed() at the end. The centre values and counts are
+// valid on the root rank only, the one that prints.
+bool start_distributed(int* argc, char*** argv);
+bool distributed_root();
+const char* distributed_solver_name();
+bool analyse_distributed(const Options& opt, int n, bool timed, int32_t& nfree, double& wc, double& mxc);
+double distributed_peak_memory_mib();  // the largest peak over the ranks; collective
+void finish_distributed();
 
 }  // namespace slab
