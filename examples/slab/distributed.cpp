@@ -540,7 +540,7 @@ bool analyse_here(const Options& opt, int n, bool timed, int32_t& nfree, double&
     std::snprintf(note2, sizeof note2, "  (setup %.2f s, solve %.2f s, %s%s)", t_setup, t_solve, iterations.c_str(),
                   factor.c_str());
     stage.end("solution", note2);
-    std::printf("  solver: %s, %s%s\n", distributed_solver_name(), iterations.c_str(), factor.c_str());
+    std::printf("  solver: %s, %s%s\n", solver_description.c_str(), iterations.c_str(), factor.c_str());
 
     centre_values(opt, mesh, part, x, wc, mxc);
     stage.end("results");
@@ -552,9 +552,7 @@ bool analyse_here(const Options& opt, int n, bool timed, int32_t& nfree, double&
     return true;
 }
 
-}  // namespace
-
-bool start_distributed(int* argc, char*** argv) {
+bool start_mode(int* argc, char*** argv) {
     if (PetscInitialize(argc, argv, nullptr, nullptr) != 0) {
         std::fprintf(stderr, "slab: PETSc could not be started\n");
         return false;
@@ -573,11 +571,11 @@ bool start_distributed(int* argc, char*** argv) {
     return true;
 }
 
-bool distributed_root() { return rank == 0; }
+bool is_root() { return rank == 0; }
 
-const char* distributed_solver_name() { return solver_description.c_str(); }
+const char* describe_solver() { return solver_description.c_str(); }
 
-bool analyse_distributed(const Options& opt, int n, bool timed, int32_t& nfree, double& wc, double& mxc) {
+bool analyse_mesh(const Options& opt, int n, bool timed, int32_t& nfree, double& wc, double& mxc) {
     try {
         return analyse_here(opt, n, timed, nfree, wc, mxc);
     } catch (const std::exception& e) {
@@ -585,13 +583,21 @@ bool analyse_distributed(const Options& opt, int n, bool timed, int32_t& nfree, 
     }
 }
 
-double distributed_peak_memory_mib() {
+double largest_peak_mib() {
     const double mine = own_peak_mib();
     double most = 0.0;
     MPI_Reduce(&mine, &most, 1, MPI_DOUBLE, MPI_MAX, 0, PETSC_COMM_WORLD);
     return most;
 }
 
-void finish_distributed() { PetscFinalize(); }
+void finish_mode() { PetscFinalize(); }
 
+const DistributedMode mode = {start_mode, is_root, describe_solver, analyse_mesh, largest_peak_mib, finish_mode};
+
+}  // namespace
 }  // namespace slab
+
+// The module's one entry point, looked up by name.
+extern "C" __attribute__((visibility("default"))) const slab::DistributedMode* slab_distributed_mode() {
+    return &slab::mode;
+}

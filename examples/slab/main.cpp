@@ -182,15 +182,6 @@ bool analyse(const Options& opt, int n, bool timed, Row& row, double wscale, dou
     return true;
 }
 
-const char* slab_solver_name(const Options& opt) {
-#if defined(SLAB_HAVE_PETSC)
-    if (opt.petsc) return distributed_solver_name();
-#else
-    (void)opt;
-#endif
-    return solver_name();
-}
-
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -205,16 +196,16 @@ int main(int argc, char** argv) {
         print_usage(argv[0]);
         return 0;
     }
+    const DistributedMode* distributed = nullptr;
     if (opt.petsc) {
-#if defined(SLAB_HAVE_PETSC)
-        if (!start_distributed(&argc, &argv)) return 1;
+        distributed = distributed_mode(error);
+        if (!distributed) {
+            std::fprintf(stderr, "slab: --petsc: %s\n", error.c_str());
+            return 2;
+        }
+        if (!distributed->start(&argc, &argv)) return 1;
         // One report: the other ranks keep quiet but for errors.
-        if (!distributed_root() && !std::freopen("/dev/null", "w", stdout)) return 1;
-#else
-        std::fprintf(stderr, "slab: --petsc: this build has no distributed mode (PETSc was not found when it was "
-                             "configured; install petsc-dev and reconfigure)\n");
-        return 2;
-#endif
+        if (!distributed->root() && !std::freopen("/dev/null", "w", stdout)) return 1;
     }
     const double D = flexural_rigidity(opt);
     const bool uniform = opt.load == Load::uniform;
@@ -228,7 +219,8 @@ int main(int argc, char** argv) {
     std::printf("8-node elements, %s unknowns per node, %s route, %s assembly, solved by %s\n",
                 opt.dofs == Dofs::plate ? "3 plate" : "6 shell",
                 opt.route == Route::precise ? "double-precision" : "compatible single-precision",
-                opt.assembly == Assembly::crs ? "compressed-row" : "skyline", slab_solver_name(opt));
+                opt.assembly == Assembly::crs ? "compressed-row" : "skyline",
+                distributed ? distributed->solver_name() : solver_name());
     if (!std::isnan(ref.w)) std::printf("Reference: %s\n", ref.source);
 
     std::vector<Row> rows;
@@ -237,14 +229,12 @@ int main(int argc, char** argv) {
         const bool timed = opt.timings || n >= 100;
         std::printf("-- %dx%d mesh\n", n, n);
         try {
-            if (!opt.petsc) {
+            if (!distributed) {
                 if (!analyse(opt, n, timed, row, wscale, mscale)) return 1;
             } else {
-#if defined(SLAB_HAVE_PETSC)
                 double wc = 0.0, mxc = 0.0;
-                if (!analyse_distributed(opt, n, timed, row.nfree, wc, mxc)) return 1;
+                if (!distributed->analyse(opt, n, timed, row.nfree, wc, mxc)) return 1;
                 row.n = n, row.w = wc * wscale, row.mx = mxc * mscale;
-#endif
             }
         } catch (const std::exception& e) {
             std::fprintf(stderr, "slab: %dx%d mesh: %s\n", n, n, e.what());
@@ -271,15 +261,13 @@ int main(int argc, char** argv) {
     if (!std::isnan(ref.w)) std::printf("%5s %9s %16.11f\n", "ref", "", ref.w);
     if (opt.digits)
         for (const Row& r : rows) std::printf("centre %d: %.17e %.17e\n", r.n, r.w, r.mx);
-#if defined(SLAB_HAVE_PETSC)
-    if (opt.petsc) {
-        const double peak = distributed_peak_memory_mib();
+    if (distributed) {
+        const double peak = distributed->peak_memory_mib();
         std::printf("peak memory %.1f MiB on the largest rank\n", peak);
         std::fflush(stdout);
-        finish_distributed();
+        distributed->finish();
         return 0;
     }
-#endif
     std::printf("peak memory %.1f MiB\n", peak_memory_mib());
     return pictures_failed ? 1 : 0;
 }

@@ -115,16 +115,21 @@ bool locate(const Mesh& mesh, float x, float y, int32_t& elem, float& xi, float&
 // Plate data shared by the stages.
 double flexural_rigidity(const Options& opt);  // D = E h^3 / 12 (1 - nu^2)
 
-// The distributed mode, built where PETSc is found. start_distributed()
-// starts MPI and PETSc, which reads its own single-dash options from the
-// command line; every rank then calls analyse_distributed() for each mesh
-// and finish_distributed() at the end. The centre values and counts are
-// valid on the root rank only, the one that prints.
-bool start_distributed(int* argc, char*** argv);
-bool distributed_root();
-const char* distributed_solver_name();
-bool analyse_distributed(const Options& opt, int n, bool timed, int32_t& nfree, double& wc, double& mxc);
-double distributed_peak_memory_mib();  // the largest peak over the ranks; collective
-void finish_distributed();
+// The distributed mode, a module loaded only when asked for (built where
+// PETSc is found), so that the serial program neither links nor maps PETSc
+// and MPI. start() starts MPI and PETSc, which reads its own single-dash
+// options from the command line; every rank then calls analyse() for each
+// mesh, peak_memory_mib() (the largest rank's peak) and finish(). The
+// centre values and counts are valid on the root rank, the one that prints.
+struct DistributedMode {
+    bool (*start)(int* argc, char*** argv);
+    bool (*root)();
+    const char* (*solver_name)();
+    bool (*analyse)(const Options& opt, int n, bool timed, int32_t& nfree, double& wc, double& mxc);
+    double (*peak_memory_mib)();
+    void (*finish)();
+};
+// Loads the module; nullptr with the reason in `error` where it cannot.
+const DistributedMode* distributed_mode(std::string& error);
 
 }  // namespace slab
