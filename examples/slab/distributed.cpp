@@ -15,6 +15,9 @@
 // matrices, restraints, loads, matrix rows, solution) is held by the owning
 // rank in a window of local node numbers, its nodes and the strip's
 // neighbours, so those stages shrink as 1/P.
+//
+// This file is a module that the program loads for --petsc only; it calls
+// back into the program's meshing and recovery.
 #include <petscksp.h>
 
 #if defined(__unix__) || defined(__APPLE__)
@@ -398,7 +401,9 @@ MatNullSpace rigid_body_modes(const Mesh& mesh, const Part& p, Mat A) {
 
 // The centre values on the root rank: the displacements of the nodes that
 // the centre's nodal moments average over are summed onto the root, each
-// from its owner, and the serial program's recovery reads them there.
+// from its owner, and the serial program's recovery reads them there. Its
+// displacement vector is by equation, so the root holds one of mesh size,
+// zero but for those nodes; the other ranks hold none.
 void centre_values(const Options& opt, const Mesh& mesh, const Part& p, Vec x, double& wc, double& mxc) {
     int32_t elem = 0;
     float xi = 0.0f, eta = 0.0f;
