@@ -26,8 +26,10 @@
 
 #include <algorithm>
 #include <chrono>
+#include <cctype>
 #include <cmath>
 #include <cstdio>
+#include <cstring>
 #include <exception>
 #include <numeric>
 #include <string>
@@ -561,8 +563,25 @@ bool analyse_here(const Options& opt, int n, bool timed, int32_t& nfree, double&
     return true;
 }
 
+// PETSc is shown only its own options (single-dash names and their
+// values), so that it can name those it did not use without listing the
+// program's.
+std::vector<char*> petsc_arguments;
+
 bool start_mode(int* argc, char*** argv) {
-    if (PetscInitialize(argc, argv, nullptr, nullptr) != 0) {
+    auto option = [](const char* a) { return a[0] == '-' && std::isalpha((unsigned char)a[1]); };
+    petsc_arguments.assign(1, (*argv)[0]);
+    for (int i = 1; i < *argc; ++i) {
+        const char* a = (*argv)[i];
+        if (!option(a)) continue;
+        petsc_arguments.push_back((*argv)[i]);
+        if (i + 1 < *argc && !option((*argv)[i + 1]) && std::strncmp((*argv)[i + 1], "--", 2) != 0)
+            petsc_arguments.push_back((*argv)[++i]);
+    }
+    int count = int(petsc_arguments.size());
+    petsc_arguments.push_back(nullptr);
+    char** given = petsc_arguments.data();
+    if (PetscInitialize(&count, &given, nullptr, nullptr) != 0) {
         std::fprintf(stderr, "slab: PETSc could not be started\n");
         return false;
     }

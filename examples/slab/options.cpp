@@ -92,7 +92,12 @@ bool parse_options(int argc, char** argv, Options& opt, std::string& error, bool
             return true;
         }
         if (distributed && petsc_option(flag)) {
-            if (i + 1 < argc && argv[i + 1][0] != '-') ++i;
+            // Its value, if any: whatever follows that is no option name
+            // (so -mat_mumps_icntl_4 -1 keeps its negative value).
+            if (i + 1 < argc) {
+                const std::string next = argv[i + 1];
+                if (!petsc_option(next) && next.rfind("--", 0) != 0) ++i;
+            }
             continue;
         }
         if (flag == "--no-svg" || flag == "--timings" || flag == "--no-compare" || flag == "--digits" ||
