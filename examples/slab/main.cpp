@@ -196,6 +196,17 @@ int main(int argc, char** argv) {
         print_usage(argv[0]);
         return 0;
     }
+    const DistributedMode* distributed = nullptr;
+    if (opt.petsc) {
+        distributed = distributed_mode(error);
+        if (!distributed) {
+            std::fprintf(stderr, "slab: --petsc: %s\n", error.c_str());
+            return 2;
+        }
+        if (!distributed->start(&argc, &argv)) return 1;
+        // One report: the other ranks keep quiet but for errors.
+        if (!distributed->root() && !std::freopen("/dev/null", "w", stdout)) return 1;
+    }
     const double D = flexural_rigidity(opt);
     const bool uniform = opt.load == Load::uniform;
     const double wscale = D / (uniform ? opt.q * std::pow(opt.a, 4) : opt.P * opt.a * opt.a);
@@ -208,7 +219,8 @@ int main(int argc, char** argv) {
     std::printf("8-node elements, %s unknowns per node, %s route, %s assembly, solved by %s\n",
                 opt.dofs == Dofs::plate ? "3 plate" : "6 shell",
                 opt.route == Route::precise ? "double-precision" : "compatible single-precision",
-                opt.assembly == Assembly::crs ? "compressed-row" : "skyline", solver_name());
+                opt.assembly == Assembly::crs ? "compressed-row" : "skyline",
+                distributed ? distributed->solver_name() : solver_name());
     if (!std::isnan(ref.w)) std::printf("Reference: %s\n", ref.source);
 
     std::vector<Row> rows;
@@ -217,7 +229,13 @@ int main(int argc, char** argv) {
         const bool timed = opt.timings || n >= 100;
         std::printf("-- %dx%d mesh\n", n, n);
         try {
-            if (!analyse(opt, n, timed, row, wscale, mscale)) return 1;
+            if (!distributed) {
+                if (!analyse(opt, n, timed, row, wscale, mscale)) return 1;
+            } else {
+                double wc = 0.0, mxc = 0.0;
+                if (!distributed->analyse(opt, n, timed, row.nfree, wc, mxc)) return 1;
+                row.n = n, row.w = wc * wscale, row.mx = mxc * mscale;
+            }
         } catch (const std::exception& e) {
             std::fprintf(stderr, "slab: %dx%d mesh: %s\n", n, n, e.what());
             return 1;
@@ -241,6 +259,15 @@ int main(int argc, char** argv) {
         std::printf("%5d %9d %16.11f %11s %6s %13.5f %9s\n", r.n, r.nfree, r.w, err, order, r.mx, mref);
     }
     if (!std::isnan(ref.w)) std::printf("%5s %9s %16.11f\n", "ref", "", ref.w);
+    if (opt.digits)
+        for (const Row& r : rows) std::printf("centre %d: %.17e %.17e\n", r.n, r.w, r.mx);
+    if (distributed) {
+        const double peak = distributed->peak_memory_mib();
+        std::printf("peak memory %.1f MiB on the largest rank\n", peak);
+        std::fflush(stdout);
+        distributed->finish();
+        return 0;
+    }
     std::printf("peak memory %.1f MiB\n", peak_memory_mib());
     return pictures_failed ? 1 : 0;
 }

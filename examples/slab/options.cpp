@@ -1,6 +1,7 @@
 // Command-line options of the slab example. Every value is checked here, so
 // that the library never sees a mesh or material it cannot make sense of.
 #include <algorithm>
+#include <cctype>
 #include <cerrno>
 #include <iterator>
 #include <cmath>
@@ -33,8 +34,13 @@ void print_usage(const char* program) {
         "  --no-svg              write no plots\n"
         "  --no-compare          do not check the other assembly route\n"
         "  --timings             time every stage (always done from 100x100 elements on)\n"
+        "  --digits              also print the centre values with all 17 digits\n"
+        "  --petsc               distributed mode, run as mpirun -np P %s --petsc [options]: PETSc\n"
+        "                        over MPI, compressed rows of plate unknowns on the double route,\n"
+        "                        MUMPS Cholesky unless PETSc options (-ksp_type cg -pc_type gamg)\n"
+        "                        say otherwise; no pictures\n"
         "  --help                this text\n",
-        program);
+        program, program);
 }
 
 namespace {
@@ -75,16 +81,32 @@ bool parse_options(int argc, char** argv, Options& opt, std::string& error, bool
         out = value == a ? va : vb;
         return true;
     };
+    // In the distributed mode PETSc reads its own options, single-dash
+    // names with or without a value (-ksp_type cg, -log_view).
+    const bool distributed = std::any_of(argv + 1, argv + argc, [](const char* a) { return std::string(a) == "--petsc"; });
+    auto petsc_option = [](const std::string& a) { return a.size() > 1 && a[0] == '-' && std::isalpha((unsigned char)a[1]); };
     for (int i = 1; i < argc; ++i) {
         const std::string flag = argv[i];
         if (flag == "--help" || flag == "-h") {
             help = true;
             return true;
         }
-        if (flag == "--no-svg" || flag == "--timings" || flag == "--no-compare") {
+        if (distributed && petsc_option(flag)) {
+            // Its value, if any: whatever follows that is no option name
+            // (so -mat_mumps_icntl_4 -1 keeps its negative value).
+            if (i + 1 < argc) {
+                const std::string next = argv[i + 1];
+                if (!petsc_option(next) && next.rfind("--", 0) != 0) ++i;
+            }
+            continue;
+        }
+        if (flag == "--no-svg" || flag == "--timings" || flag == "--no-compare" || flag == "--digits" ||
+            flag == "--petsc") {
             if (flag == "--no-svg") opt.outdir.clear();
             opt.timings = opt.timings || flag == "--timings";
             opt.compare = opt.compare && flag != "--no-compare";
+            opt.digits = opt.digits || flag == "--digits";
+            opt.petsc = opt.petsc || flag == "--petsc";
             continue;
         }
         static const char* valued[] = {"--size", "--thickness", "--E", "--nu", "--layers", "--load", "--q",
@@ -140,6 +162,8 @@ bool parse_options(int argc, char** argv, Options& opt, std::string& error, bool
     }
     if (opt.h == 0.0) opt.h = opt.a / 100.0;
     if (opt.h > opt.a) return fail("the thickness must not exceed the size of the slab");
+    if (opt.petsc && (opt.assembly != Assembly::crs || opt.dofs != Dofs::plate || opt.route != Route::precise))
+        return fail("--petsc assembles compressed rows of the 3 plate unknowns on the double route only");
     return true;
 }
 

@@ -34,6 +34,8 @@ struct Options {
     std::string outdir = ".";  // where the pictures go; empty: none
     bool compare = true;       // also assemble by the other route and compare
     bool timings = false;      // time every stage (always from 100 x 100 elements on)
+    bool digits = false;       // also print the centre values with every digit
+    bool petsc = false;        // distributed mode: PETSc over MPI (mpirun -np P slab --petsc)
 };
 
 // Parses argv. Returns false with a message in `error` for bad options;
@@ -112,5 +114,22 @@ bool locate(const Mesh& mesh, float x, float y, int32_t& elem, float& xi, float&
 
 // Plate data shared by the stages.
 double flexural_rigidity(const Options& opt);  // D = E h^3 / 12 (1 - nu^2)
+
+// The distributed mode, a module loaded only when asked for (built where
+// PETSc is found), so that the serial program neither links nor maps PETSc
+// and MPI. start() starts MPI and PETSc, which reads its own single-dash
+// options from the command line; every rank then calls analyse() for each
+// mesh, peak_memory_mib() (the largest rank's peak) and finish(). The
+// centre values and counts are valid on the root rank, the one that prints.
+struct DistributedMode {
+    bool (*start)(int* argc, char*** argv);
+    bool (*root)();
+    const char* (*solver_name)();
+    bool (*analyse)(const Options& opt, int n, bool timed, int32_t& nfree, double& wc, double& mxc);
+    double (*peak_memory_mib)();
+    void (*finish)();
+};
+// Loads the module; nullptr with the reason in `error` where it cannot.
+const DistributedMode* distributed_mode(std::string& error);
 
 }  // namespace slab

@@ -1,0 +1,631 @@
+// The slab analysis distributed over MPI ranks with PETSc, as a host whose
+// model outgrows one machine runs it.
+//
+// Each rank owns a contiguous block of nodes and with it their equations.
+// The nodes are numbered row after row of the slab, so that a block is a
+// strip and its rows couple only to the strips beside it. A rank forms the
+// element matrices of the elements touching its nodes, gathers the node
+// matrix of each of its nodes and appends exactly its own rows; the rows go
+// to PETSc as they are, with exact preallocation.
+//
+// What stays replicated on every rank is the mesh (connectivity,
+// coordinates, node-to-element records): the panel is meshed whole, and the
+// merging of the mid-side and corner nodes that neighbouring cells create
+// twice needs every cell's provisional nodes. Everything after it (element
+// matrices, restraints, loads, matrix rows, solution) is held by the owning
+// rank in a window of local node numbers, its nodes and the strip's
+// neighbours, so those stages shrink as 1/P.
+//
+// This file is a module that the program loads for --petsc only; it calls
+// back into the program's meshing and recovery.
+#include <petscksp.h>
+
+#if defined(__unix__) || defined(__APPLE__)
+#include <sys/resource.h>
+#endif
+
+#include <algorithm>
+#include <chrono>
+#include <cctype>
+#include <cmath>
+#include <cstdio>
+#include <cstring>
+#include <exception>
+#include <numeric>
+#include <string>
+#include <vector>
+
+#include "shellfe.h"
+#include "slab.hpp"
+
+namespace slab {
+
+namespace {
+
+constexpr int32_t kRecord = 51;  // node-to-element record: count and 50 elements
+constexpr int32_t kDof = 3;      // plate unknowns per node: w, theta2 ~ dw/dy, theta3 ~ -dw/dx
+
+int rank = 0, ranks = 1;
+std::string solver_description;
+
+// Stops every rank: a rank that fails alone would leave the others waiting
+// in the next collective call.
+[[noreturn]] void fail(const std::string& what) {
+    std::fprintf(stderr, "slab: rank %d: %s\n", rank, what.c_str());
+    std::fflush(stderr);
+    MPI_Abort(PETSC_COMM_WORLD, 1);
+    std::abort();
+}
+
+#define SLAB_PETSC(call)                                                   \
+    do {                                                                   \
+        if (PetscErrorCode ierr_ = (call); ierr_ != 0) fail(#call " failed"); \
+    } while (0)
+
+double own_peak_mib() {
+#if defined(__unix__) || defined(__APPLE__)
+    rusage ru{};
+    getrusage(RUSAGE_SELF, &ru);
+#if defined(__APPLE__)
+    return double(ru.ru_maxrss) / (1024.0 * 1024.0);
+#else
+    return double(ru.ru_maxrss) / 1024.0;
+#endif
+#else
+    return 0.0;
+#endif
+}
+
+double own_cpu_seconds() {
+#if defined(__unix__) || defined(__APPLE__)
+    rusage ru{};
+    getrusage(RUSAGE_SELF, &ru);
+    return double(ru.ru_utime.tv_sec + ru.ru_stime.tv_sec) + 1e-6 * double(ru.ru_utime.tv_usec + ru.ru_stime.tv_usec);
+#else
+    return 0.0;
+#endif
+}
+
+// Wall and processor time of each stage, the slowest rank's, and the peak
+// memory of the largest and the smallest rank.
+class Stages {
+public:
+    explicit Stages(bool timed) : timed_(timed) { restart(); }
+    void end(const char* name, const std::string& note = "") {
+        double mine[3] = {seconds(), own_cpu_seconds() - cpu_, own_peak_mib()}, most[3], least = 0.0;
+        MPI_Reduce(mine, most, 3, MPI_DOUBLE, MPI_MAX, 0, PETSC_COMM_WORLD);
+        MPI_Reduce(&mine[2], &least, 1, MPI_DOUBLE, MPI_MIN, 0, PETSC_COMM_WORLD);
+        if (timed_)
+            std::printf("  %-18s %7.2f s wall %7.2f s cpu   peak memory per rank %7.1f MiB (smallest %.1f)%s\n", name,
+                        most[0], most[1], most[2], least, note.c_str());
+        std::fflush(stdout);
+        restart();
+    }
+    void restart() {
+        t_ = std::chrono::steady_clock::now();
+        cpu_ = own_cpu_seconds();
+    }
+    double seconds() const { return std::chrono::duration<double>(std::chrono::steady_clock::now() - t_).count(); }
+
+private:
+    bool timed_;
+    std::chrono::steady_clock::time_point t_;
+    double cpu_ = 0.0;
+};
+
+// Renumbers the nodes row after row of the slab (by y, then x), the
+// numbering whose contiguous blocks are strips, and rebuilds the
+// node-to-element records for it.
+void number_in_strips(Mesh& m, double a) {
+    std::vector<int32_t> order(m.nnode);
+    std::iota(order.begin(), order.end(), 1);
+    const float tol = float(1.0e-3 * a / std::sqrt(double(m.nelem)));
+    std::sort(order.begin(), order.end(), [&](int32_t p, int32_t q) {
+        return std::fabs(m.y(p) - m.y(q)) > tol ? m.y(p) < m.y(q) : m.x(p) < m.x(q);
+    });
+    std::vector<int32_t> newnum(m.nnode + 1, 0);
+    std::vector<float> xyz(m.xyz.size(), 0.0f);
+    const std::size_t row = std::size_t(m.nnode) + 1;
+    for (int32_t k = 0; k < m.nnode; ++k) {
+        newnum[order[k]] = k + 1;
+        for (int c = 0; c < 3; ++c) xyz[c * row + k + 1] = m.xyz[c * row + order[k]];
+    }
+    for (int32_t e = 1; e <= m.nelem; ++e)
+        for (int s = 1; s <= 8; ++s) m.node(s, e) = newnum[m.node(s, e)];
+    m.xyz.swap(xyz);
+    m.nodmem.assign(std::size_t(kRecord) * (m.nnode + 1), 0);
+    int32_t maxmem = 0;
+    FEMEMBERSTONODES1DOTNET(nullptr, &m.nelem, &maxmem, m.nodmem.data(), m.ielnod.data());
+}
+
+// One rank's share of the model, in local node numbers: global node n is
+// local node n - offset, for the window of nodes that the rank's elements
+// touch. Local equations are numbered by local node as global ones are by
+// node, so a global equation is the local one plus offset * kDof.
+struct Part {
+    int32_t first = 0, last = 0;  // owned nodes (global numbers)
+    int32_t offset = 0, nnode = 0;  // window of local nodes 1..nnode
+    std::vector<int32_t> elems;   // global numbers of the local elements, ascending
+    int32_t nelem = 0;
+    std::vector<int32_t> ielnod;  // local connectivity, slot a of local element k at a * (nelem + 1) + k
+    std::vector<double> kd;       // element matrices, 25 x 25 each, local element k at k - 1
+    std::vector<int32_t> ifix;    // restraint flags by local equation from 1
+    std::vector<double> load;     // loads by local equation from 1
+    int32_t local(int32_t global_elem) const {
+        return int32_t(std::lower_bound(elems.begin(), elems.end(), global_elem) - elems.begin()) + 1;
+    }
+    bool owns_elem(int32_t global_elem) const { return std::binary_search(elems.begin(), elems.end(), global_elem); }
+};
+
+constexpr int32_t kLdes = 8 * kDof;
+constexpr std::size_t kStride = std::size_t(kLdes + 1) * (kLdes + 1);
+
+void make_part(const Mesh& mesh, Part& p) {
+    p.first = int32_t(int64_t(mesh.nnode) * rank / ranks) + 1;
+    p.last = int32_t(int64_t(mesh.nnode) * (rank + 1) / ranks);
+    for (int32_t n = p.first; n <= p.last; ++n) {
+        const int32_t* rec = mesh.record(n);
+        p.elems.insert(p.elems.end(), rec + 1, rec + 1 + rec[0]);
+    }
+    std::sort(p.elems.begin(), p.elems.end());
+    p.elems.erase(std::unique(p.elems.begin(), p.elems.end()), p.elems.end());
+    p.nelem = int32_t(p.elems.size());
+    int32_t lo = p.first, hi = p.last;
+    for (int32_t e : p.elems)
+        for (int s = 1; s <= 8; ++s) lo = std::min(lo, mesh.node(s, e)), hi = std::max(hi, mesh.node(s, e));
+    p.offset = lo - 1;
+    p.nnode = hi - p.offset;
+    p.ielnod.assign(9 * std::size_t(p.nelem + 1), 0);
+    for (int32_t k = 1; k <= p.nelem; ++k)
+        for (int s = 1; s <= 8; ++s) p.ielnod[std::size_t(s) * (p.nelem + 1) + k] = mesh.node(s, p.elems[k - 1]) - p.offset;
+}
+
+// The plate's element matrices on the double route, as the serial program
+// forms them: bending (3 x 3 points) and transverse shear (2 x 2) into
+// six-unknown node blocks, the plate triple selected, stored full.
+void form_elements(const Options& opt, const Mesh& mesh, Part& p) {
+    const int32_t ld6 = 48, ndofn = 6, ioff = 2, ntype = 1, nnode = 8, iel = 1, one = 1, nb = 3, ns = 2, none = 0;
+    double gpos3[12] = {}, gwei3[12] = {}, gpos2[12] = {}, gwei2[12] = {}, prop[36] = {}, tnode[20] = {};
+    const double g3 = std::sqrt(0.6), g2 = 1.0 / std::sqrt(3.0);
+    const double p3[3] = {-g3, 0.0, g3}, w3[3] = {5.0 / 9.0, 8.0 / 9.0, 5.0 / 9.0};
+    for (int i = 1; i <= 3; ++i) gpos3[1 + 3 * i] = p3[i - 1], gwei3[1 + 3 * i] = w3[i - 1];
+    gpos2[4] = -g2, gpos2[7] = g2, gwei2[4] = gwei2[7] = 1.0;
+    std::vector<double> play, zlay;
+    layer_tables(opt, play, zlay);
+    const int32_t nlay = opt.layers;
+    for (int c = 0; c <= 17; ++c) prop[1 + 2 * c] = play[1 + std::size_t(nlay + 1) * c];
+    for (int k = 1; k <= 9; ++k) tnode[1 + 2 * k] = opt.h;
+
+    std::vector<double> k6(49 * 49), sel(49 * 49);
+    const int32_t idof[4] = {0, 3, 4, 5}, nsel = 3;
+    double xy[30] = {};
+    p.kd.assign(kStride * p.nelem, 0.0);
+    for (int32_t k = 1; k <= p.nelem; ++k) {
+        const int32_t e = p.elems[k - 1];
+        for (int s = 1; s <= 8; ++s) {
+            const int32_t n = mesh.node(s, e);
+            xy[s + 10] = mesh.x(n), xy[s + 20] = mesh.y(n);
+        }
+        std::fill(k6.begin(), k6.end(), 0.0);
+        int32_t ngpt = 0, ngpt2 = 0;
+        double detj = 0;
+        shellfe_plate_bending_stiffness(&nb, &nb, &ntype, gpos3, &ngpt, &iel, &ngpt2, nullptr, &nnode, xy, tnode,
+                                        nullptr, &one, prop, &ioff, k6.data(), gwei3, nullptr, nullptr, &one, &one,
+                                        &ld6, &ndofn, &nnode, play.data(), zlay.data(), &nlay, &detj, &none);
+        if (!(detj > 0)) fail("element " + std::to_string(e) + " is degenerate");
+        shellfe_plate_shear_stiffness(&ns, &ns, &ntype, gpos2, &ngpt, &iel, &nnode, xy, tnode, nullptr, &one, prop,
+                                      &ioff, k6.data(), gwei2, nullptr, &one, &one, &ld6, &ndofn, &nnode, play.data(),
+                                      zlay.data(), &nlay, &detj, &none);
+        for (int q = 1; q <= 48; ++q)
+            for (int r = q + 1; r <= 48; ++r) k6[q + 49 * r] = k6[r + 49 * q];
+        shellfe_select_dofs(&nnode, &nsel, &ld6, k6.data(), sel.data(), idof);
+        double* out = p.kd.data() + kStride * (k - 1);
+        for (int b = 0; b < 8; ++b)
+            for (int q = 1; q <= 3; ++q)
+                for (int a = 0; a < 8; ++a)
+                    for (int r = 1; r <= 3; ++r) out[(3 * b + q) + 25 * (3 * a + r)] = sel[(6 * b + q) + 49 * (6 * a + r)];
+    }
+}
+
+// Consistent loads of the local elements and the restraints of the local
+// nodes, as the serial program forms them. An owned node has all its
+// elements local, so its load is complete; the neighbours' partial loads
+// are never read.
+void form_loads_and_restraints(const Options& opt, const Mesh& mesh, Part& p) {
+    const int32_t nenod = 8, ldnf = p.nnode, six = 6;
+    std::vector<int32_t> numnod(p.nnode + 1);
+    std::iota(numnod.begin(), numnod.end(), 0);
+    std::vector<double> gload(6 * std::size_t(p.nnode) + 1, 0.0);
+    std::vector<float> nodfrc(7 * std::size_t(p.nnode + 1), 0.0f);
+    float eload[49];
+    const int kW = 5;  // element degree of freedom 5 lands on position 3 of the node block
+    auto scatter = [&](int32_t k) {
+        FELOADTOGLOADDOTNET01(&nenod, p.ielnod.data(), &p.nelem, numnod.data(), &ldnf, &six, gload.data(), eload,
+                              nodfrc.data(), nullptr, &k);
+    };
+    if (opt.load == Load::uniform) {
+        const double g = std::sqrt(0.6), pos[3] = {-g, 0.0, g}, wei[3] = {5.0 / 9.0, 8.0 / 9.0, 5.0 / 9.0};
+        float shp[40];
+        double deriv[40], cartd[30], elcod[30] = {}, detj = 0.0;
+        const int32_t nen = 8;
+        for (int32_t k = 1; k <= p.nelem; ++k) {
+            const int32_t e = p.elems[k - 1];
+            for (int s = 1; s <= 8; ++s) {
+                const int32_t n = mesh.node(s, e);
+                elcod[s + 10] = mesh.x(n), elcod[s + 20] = mesh.y(n);
+            }
+            double f[9] = {};
+            for (int i = 0; i < 3; ++i)
+                for (int j = 0; j < 3; ++j) {
+                    shape_functions(float(pos[i]), float(pos[j]), shp);
+                    for (int c = 0; c < 40; ++c) deriv[c] = shp[c];
+                    shellfe_jacobian(cartd, deriv, &detj, elcod, &nen);
+                    for (int s = 1; s <= 8; ++s) f[s] += opt.q * shp[10 + s] * wei[i] * wei[j] * detj;
+                }
+            std::fill(std::begin(eload), std::end(eload), 0.0f);
+            for (int s = 1; s <= 8; ++s) eload[6 * (s - 1) + kW] = float(f[s]);
+            scatter(k);
+        }
+    } else {
+        int32_t elem = 0;
+        float xi = 0.0f, eta = 0.0f, shp[40];
+        if (!locate(mesh, float(0.5 * opt.a), float(0.5 * opt.a), elem, xi, eta)) fail("no element found for the point load");
+        if (p.owns_elem(elem)) {
+            shape_functions(xi, eta, shp);
+            std::fill(std::begin(eload), std::end(eload), 0.0f);
+            for (int s = 1; s <= 8; ++s) eload[6 * (s - 1) + kW] = float(opt.P * shp[10 + s]);
+            scatter(p.local(elem));
+        }
+    }
+    const std::size_t neq = std::size_t(p.nnode) * kDof;
+    p.load.assign(neq + 1, 0.0);
+    p.ifix.assign(neq + 1, 0);
+    const double tol = 1.0e-3 * opt.a / std::sqrt(double(mesh.nelem));
+    for (int32_t l = 1; l <= p.nnode; ++l) {
+        const int32_t n = l + p.offset;
+        p.load[std::size_t(l - 1) * kDof + 1] = gload[6 * std::size_t(l - 1) + 3];
+        const double x = mesh.x(n), y = mesh.y(n);
+        const bool xedge = std::fabs(x) < tol || std::fabs(x - opt.a) < tol;
+        const bool yedge = std::fabs(y) < tol || std::fabs(y - opt.a) < tol;
+        if (!xedge && !yedge) continue;
+        int32_t* f = p.ifix.data() + std::size_t(l - 1) * kDof;
+        f[1] = 1;
+        if (opt.support == Support::clamped) f[2] = f[3] = 1;
+        if (xedge) f[2] = 1;
+        if (yedge) f[3] = 1;
+    }
+    for (std::size_t k = 1; k <= neq; ++k)
+        if (p.ifix[k]) p.load[k] = 0.0;
+}
+
+// The owned rows of the upper triangle in compressed rows counted from 0,
+// columns as global equations from 0: per owned node, gather the node
+// matrix from its elements and append its rows; a restrained equation's row
+// is rolled back and given a unit diagonal, as in the serial program.
+struct Rows {
+    std::vector<PetscInt> ptr, col;
+    std::vector<double> val;
+};
+
+void assemble_rows(const Mesh& mesh, Part& p, Rows& rows) {
+    const int32_t nd = kDof, ldes = kLdes, nenod = 8, ldsf = p.nnode;
+    std::vector<int32_t> lists, at(p.last - p.first + 2), near;
+    std::size_t capacity = 0;
+    int32_t widest = 0;
+    for (int32_t n = p.first; n <= p.last; ++n) {
+        near.clear();
+        const int32_t* rec = mesh.record(n);
+        for (int32_t k = 1; k <= rec[0]; ++k)
+            for (int s = 1; s <= 8; ++s)
+                if (const int32_t m = mesh.node(s, rec[k]); m >= n) near.push_back(m - p.offset);
+        std::sort(near.begin(), near.end());
+        near.erase(std::unique(near.begin(), near.end()), near.end());
+        at[n - p.first] = int32_t(lists.size());
+        lists.push_back(int32_t(near.size()));
+        lists.insert(lists.end(), near.begin(), near.end());
+        widest = std::max(widest, int32_t(near.size()));
+        capacity += near.size() * nd * nd;
+    }
+    const int32_t ldnm = widest * nd;
+    std::vector<double> snode(std::size_t(nd + 1) * (ldnm + 1), 0.0), spring(std::size_t(nd) * p.nnode + nd + 1);
+    const std::size_t neq = std::size_t(p.nnode) * nd;
+    std::vector<double> upres(neq + 1, 0.0), fload(neq + 1, 0.0);
+    std::vector<int32_t> locnod(p.nnode + 1, 0), ivisit(p.nnode + 1, -1), isprf(std::size_t(nd) * (p.nnode + 1));
+    std::vector<int32_t> idofmap(nd + 1);
+    std::iota(idofmap.begin(), idofmap.end(), 0);
+    const int32_t nrows_owned = (p.last - p.first + 1) * nd;
+    std::vector<int32_t> rowptr(nrows_owned + 1, 0), col(capacity, 0);
+    rows.val.assign(capacity, 0.0);
+    int32_t nnz = 0, nrows = 0, nnzcnt = 0;
+    for (int32_t n = p.first; n <= p.last; ++n) {
+        const int32_t ln = n - p.offset;
+        const int32_t* nodlst = lists.data() + at[n - p.first];
+        std::fill_n(snode.begin() + (ldnm + 1), std::size_t(nd) * (ldnm + 1), 0.0);
+        for (int32_t j = 1; j <= nodlst[0]; ++j) locnod[nodlst[j]] = j;
+        const int32_t* rec = mesh.record(n);
+        for (int32_t k = 1; k <= rec[0]; ++k) {
+            const int32_t e = p.local(rec[k]);
+            shellfe_gather_node_stiffness(p.kd.data() + kStride * (e - 1), &ln, &nenod, snode.data(), &e, spring.data(),
+                                          ivisit.data(), nullptr, p.ielnod.data(), isprf.data(), &nd, &nd, &ldes, &ldsf,
+                                          &ldnm, nullptr, &p.nelem, nullptr, upres.data(), fload.data(), locnod.data(),
+                                          &nnzcnt, idofmap.data());
+        }
+        for (int32_t r = 1; r <= nd; ++r) {
+            ADDTOCRSMASSDLLDLL(&nd, &ldnm, &nnz, rowptr.data(), col.data(), nullptr, &nrows, p.ifix.data(), snode.data(),
+                               rows.val.data(), nullptr, &r, nodlst, nullptr, &nd);
+            const int32_t eq = (ln - 1) * nd + r;
+            if (p.ifix[eq]) {
+                nnz = rowptr[nrows - 1] - 1;
+                col[nnz] = eq, rows.val[nnz] = 1.0, ++nnz;
+            }
+        }
+    }
+    rowptr[nrows] = nnz + 1;
+    // From 1-based local equations to 0-based global ones.
+    const int32_t shift = p.offset * nd - 1;
+    rows.ptr.resize(rowptr.size());
+    for (std::size_t k = 0; k < rowptr.size(); ++k) rows.ptr[k] = rowptr[k] - 1;
+    rows.col.resize(nnz);
+    for (int32_t k = 0; k < nnz; ++k) rows.col[k] = col[k] + shift;
+    rows.val.resize(nnz);
+    rows.val.shrink_to_fit();
+}
+
+// The plate's rigid-body modes on the owned equations, orthonormalised:
+// w = 1; w = x, whose slope -dw/dx is theta3 = -1; w = y, whose slope dw/dy
+// is theta2 = 1. Restrained equations, decoupled in the matrix, are 0.
+MatNullSpace rigid_body_modes(const Mesh& mesh, const Part& p, Mat A) {
+    Vec modes[3];
+    for (int k = 0; k < 3; ++k) {
+        SLAB_PETSC(MatCreateVecs(A, &modes[k], nullptr));
+        PetscScalar* v = nullptr;
+        SLAB_PETSC(VecGetArray(modes[k], &v));
+        for (int32_t n = p.first; n <= p.last; ++n) {
+            const double x = mesh.x(n), y = mesh.y(n);
+            const double mode[3][3] = {{1.0, 0.0, 0.0}, {x, 0.0, -1.0}, {y, 1.0, 0.0}};
+            const int32_t ln = n - p.offset;
+            for (int d = 0; d < kDof; ++d)
+                v[(n - p.first) * kDof + d] = p.ifix[std::size_t(ln - 1) * kDof + d + 1] ? 0.0 : mode[k][d];
+        }
+        SLAB_PETSC(VecRestoreArray(modes[k], &v));
+        for (int j = 0; j < k; ++j) {
+            PetscScalar dot = 0.0;
+            SLAB_PETSC(VecDot(modes[k], modes[j], &dot));
+            SLAB_PETSC(VecAXPY(modes[k], -dot, modes[j]));
+        }
+        SLAB_PETSC(VecNormalize(modes[k], nullptr));
+    }
+    MatNullSpace space = nullptr;
+    SLAB_PETSC(MatNullSpaceCreate(PETSC_COMM_WORLD, PETSC_FALSE, 3, modes, &space));
+    for (Vec& v : modes) SLAB_PETSC(VecDestroy(&v));
+    return space;
+}
+
+// The centre values on the root rank: the displacements of the nodes that
+// the centre's nodal moments average over are summed onto the root, each
+// from its owner, and the serial program's recovery reads them there. Its
+// displacement vector is by equation, so the root holds one of mesh size,
+// zero but for those nodes; the other ranks hold none.
+void centre_values(const Options& opt, const Mesh& mesh, const Part& p, Vec x, double& wc, double& mxc) {
+    int32_t elem = 0;
+    float xi = 0.0f, eta = 0.0f;
+    if (!locate(mesh, float(0.5 * opt.a), float(0.5 * opt.a), elem, xi, eta)) fail("no element holds the centre");
+    std::vector<int32_t> need;
+    for (int s = 1; s <= 8; ++s) {
+        const int32_t* rec = mesh.record(mesh.node(s, elem));
+        for (int32_t k = 1; k <= rec[0]; ++k)
+            for (int t = 1; t <= 8; ++t) need.push_back(mesh.node(t, rec[k]));
+    }
+    std::sort(need.begin(), need.end());
+    need.erase(std::unique(need.begin(), need.end()), need.end());
+    std::vector<double> mine(need.size() * kDof, 0.0), all(mine.size(), 0.0);
+    const PetscScalar* u = nullptr;
+    SLAB_PETSC(VecGetArrayRead(x, &u));
+    for (std::size_t k = 0; k < need.size(); ++k)
+        if (need[k] >= p.first && need[k] <= p.last)
+            for (int d = 0; d < kDof; ++d) mine[k * kDof + d] = u[(need[k] - p.first) * kDof + d];
+    SLAB_PETSC(VecRestoreArrayRead(x, &u));
+    MPI_Reduce(mine.data(), all.data(), int(mine.size()), MPI_DOUBLE, MPI_SUM, 0, PETSC_COMM_WORLD);
+    if (rank != 0) return;
+    System sys;
+    sys.ndof = kDof, sys.wdof = 1, sys.neq = mesh.nnode * kDof;
+    std::vector<double> full(std::size_t(sys.neq), 0.0);
+    for (std::size_t k = 0; k < need.size(); ++k)
+        for (int d = 0; d < kDof; ++d) full[std::size_t(need[k] - 1) * kDof + d] = all[k * kDof + d];
+    const Results r = recover(opt, mesh, sys, full);
+    wc = r.wc, mxc = r.mxc;
+}
+
+bool analyse_here(const Options& opt, int n, bool timed, int32_t& nfree, double& wc, double& mxc) {
+    Stages stage(timed);
+    Mesh mesh = make_mesh(opt.a, n);
+    stage.end("mesh");
+    number_in_strips(mesh, opt.a);
+    stage.end("node numbering");
+
+    Part part;
+    make_part(mesh, part);
+    form_elements(opt, mesh, part);
+    form_loads_and_restraints(opt, mesh, part);
+    stage.end("element matrices");
+
+    Rows rows;
+    assemble_rows(mesh, part, rows);
+    part.kd.clear();
+    part.kd.shrink_to_fit();  // the element matrices are not needed beyond assembly
+    // The rows hold the upper triangle, which is what a symmetric SBAIJ
+    // matrix stores: no half to mirror, and none of it to send to the rank
+    // owning the transposed row. MUMPS factorises it as it is.
+    const PetscInt own = (part.last - part.first + 1) * kDof;
+    Mat A = nullptr;
+    SLAB_PETSC(MatCreate(PETSC_COMM_WORLD, &A));
+    SLAB_PETSC(MatSetSizes(A, own, own, PETSC_DETERMINE, PETSC_DETERMINE));
+    SLAB_PETSC(MatSetType(A, MATMPISBAIJ));
+    SLAB_PETSC(MatMPISBAIJSetPreallocationCSR(A, 1, rows.ptr.data(), rows.col.data(), rows.val.data()));
+    Rows().ptr.swap(rows.ptr), Rows().col.swap(rows.col), Rows().val.swap(rows.val);
+    MatInfo info{};
+    SLAB_PETSC(MatGetInfo(A, MAT_GLOBAL_SUM, &info));
+    Vec b = nullptr, x = nullptr;
+    SLAB_PETSC(MatCreateVecs(A, &x, &b));
+    {
+        PetscScalar* v = nullptr;
+        SLAB_PETSC(VecGetArray(b, &v));
+        for (int32_t node = part.first; node <= part.last; ++node)
+            for (int d = 0; d < kDof; ++d)
+                v[(node - part.first) * kDof + d] = part.load[std::size_t(node - part.offset - 1) * kDof + d + 1];
+        SLAB_PETSC(VecRestoreArray(b, &v));
+    }
+    int32_t free_here = 0;
+    for (int32_t node = part.first; node <= part.last; ++node)
+        for (int d = 1; d <= kDof; ++d) free_here += part.ifix[std::size_t(node - part.offset - 1) * kDof + d] == 0;
+    MPI_Allreduce(&free_here, &nfree, 1, MPI_INT32_T, MPI_SUM, PETSC_COMM_WORLD);
+    stage.end("assembly");
+    std::printf("  %d rank%s: %.0f upper-triangle entries preallocated from the rows, %.0f mallocs, %.0f unneeded\n", ranks,
+                ranks > 1 ? "s" : "", info.nz_used, info.mallocs, info.nz_unneeded);
+    if (info.mallocs != 0) fail("the matrix reallocated during assembly");
+
+    // MUMPS Cholesky on the upper triangle unless the PETSc options choose
+    // otherwise; preconditioners that need both triangles get the matrix
+    // converted, with the plate's rigid-body modes as near-null space.
+    KSP ksp = nullptr;
+    PC pc = nullptr;
+    SLAB_PETSC(KSPCreate(PETSC_COMM_WORLD, &ksp));
+    SLAB_PETSC(KSPSetOperators(ksp, A, A));
+    SLAB_PETSC(KSPSetType(ksp, KSPPREONLY));
+    SLAB_PETSC(KSPGetPC(ksp, &pc));
+    SLAB_PETSC(PCSetType(pc, PCCHOLESKY));
+    SLAB_PETSC(PCFactorSetMatSolverType(pc, MATSOLVERMUMPS));
+    // An iterative solver chosen by option is held to the direct one's
+    // centre values, far below PETSc's default 1e-5.
+    SLAB_PETSC(KSPSetTolerances(ksp, 1.0e-10, PETSC_DEFAULT, PETSC_DEFAULT, 10000));
+    SLAB_PETSC(KSPSetFromOptions(ksp));
+    PetscBool upper_only = PETSC_FALSE;
+    SLAB_PETSC(PetscObjectTypeCompareAny((PetscObject)pc, &upper_only, PCCHOLESKY, PCICC, PCJACOBI, PCNONE, ""));
+    if (!upper_only) {
+        Mat full = nullptr;
+        SLAB_PETSC(MatConvert(A, MATAIJ, MAT_INITIAL_MATRIX, &full));
+        SLAB_PETSC(MatSetBlockSize(full, kDof));
+        SLAB_PETSC(KSPSetOperators(ksp, full, full));
+        SLAB_PETSC(MatDestroy(&A));
+        A = full;
+    }
+    MatNullSpace modes = rigid_body_modes(mesh, part, A);
+    SLAB_PETSC(MatSetNearNullSpace(A, modes));
+    SLAB_PETSC(MatNullSpaceDestroy(&modes));
+    stage.restart();
+    auto t0 = std::chrono::steady_clock::now();
+    SLAB_PETSC(KSPSetUp(ksp));
+    const double t_setup = std::chrono::duration<double>(std::chrono::steady_clock::now() - t0).count();
+    t0 = std::chrono::steady_clock::now();
+    SLAB_PETSC(KSPSolve(ksp, b, x));
+    const double t_solve = std::chrono::duration<double>(std::chrono::steady_clock::now() - t0).count();
+    KSPConvergedReason reason;
+    PetscInt its = 0;
+    SLAB_PETSC(KSPGetConvergedReason(ksp, &reason));
+    SLAB_PETSC(KSPGetIterationNumber(ksp, &its));
+    if (reason < 0) fail(std::string("the solver did not converge: ") + KSPConvergedReasons[reason]);
+    std::string factor;
+    PetscBool mumps = PETSC_FALSE;
+    if (upper_only) {
+        MatSolverType type = nullptr;
+        SLAB_PETSC(PCFactorGetMatSolverType(pc, &type));
+        PetscBool cholesky = PETSC_FALSE;
+        SLAB_PETSC(PetscObjectTypeCompare((PetscObject)pc, PCCHOLESKY, &cholesky));
+        mumps = PetscBool(cholesky && type && std::string(type) == MATSOLVERMUMPS);
+    }
+    if (mumps) {
+        Mat F = nullptr;
+        PetscInt entries = 0, most = 0, total = 0;
+        SLAB_PETSC(PCFactorGetMatrix(pc, &F));
+        SLAB_PETSC(MatMumpsGetInfog(F, 29, &entries));  // entries in the factor, negative: millions
+        SLAB_PETSC(MatMumpsGetInfog(F, 21, &most));     // MB used in the factorisation, largest rank
+        SLAB_PETSC(MatMumpsGetInfog(F, 22, &total));    // and all ranks together
+        char s[160];
+        std::snprintf(s, sizeof s, "; factor %.4g entries, %d MB on the largest rank, %d MB in all",
+                      entries < 0 ? -1.0e6 * double(entries) : double(entries), int(most), int(total));
+        factor = s;
+    }
+    PetscBool direct = PETSC_FALSE;
+    SLAB_PETSC(PetscObjectTypeCompare((PetscObject)ksp, KSPPREONLY, &direct));
+    const std::string iterations = direct ? "direct" : std::to_string(its) + " iterations";
+    char note2[300];
+    std::snprintf(note2, sizeof note2, "  (setup %.2f s, solve %.2f s, %s%s)", t_setup, t_solve, iterations.c_str(),
+                  factor.c_str());
+    stage.end("solution", note2);
+    std::printf("  solver: %s, %s%s\n", solver_description.c_str(), iterations.c_str(), factor.c_str());
+
+    centre_values(opt, mesh, part, x, wc, mxc);
+    stage.end("results");
+    SLAB_PETSC(KSPDestroy(&ksp));
+    SLAB_PETSC(MatDestroy(&A));
+    SLAB_PETSC(VecDestroy(&x));
+    SLAB_PETSC(VecDestroy(&b));
+    return true;
+}
+
+// PETSc is shown only its own options (single-dash names and their
+// values), so that it can name those it did not use without listing the
+// program's.
+std::vector<char*> petsc_arguments;
+
+bool start_mode(int* argc, char*** argv) {
+    auto option = [](const char* a) { return a[0] == '-' && std::isalpha((unsigned char)a[1]); };
+    petsc_arguments.assign(1, (*argv)[0]);
+    for (int i = 1; i < *argc; ++i) {
+        const char* a = (*argv)[i];
+        if (!option(a)) continue;
+        petsc_arguments.push_back((*argv)[i]);
+        if (i + 1 < *argc && !option((*argv)[i + 1]) && std::strncmp((*argv)[i + 1], "--", 2) != 0)
+            petsc_arguments.push_back((*argv)[++i]);
+    }
+    int count = int(petsc_arguments.size());
+    petsc_arguments.push_back(nullptr);
+    char** given = petsc_arguments.data();
+    if (PetscInitialize(&count, &given, nullptr, nullptr) != 0) {
+        std::fprintf(stderr, "slab: PETSc could not be started\n");
+        return false;
+    }
+    MPI_Comm_rank(PETSC_COMM_WORLD, &rank);
+    MPI_Comm_size(PETSC_COMM_WORLD, &ranks);
+    char ksp[64] = "preonly", pc[64] = "cholesky";
+    PetscBool set = PETSC_FALSE;
+    PetscOptionsGetString(nullptr, nullptr, "-ksp_type", ksp, sizeof ksp, &set);
+    PetscOptionsGetString(nullptr, nullptr, "-pc_type", pc, sizeof pc, &set);
+    const std::string k = ksp, p = pc;
+    if (k == "preonly" && p == "cholesky")
+        solver_description = "PETSc with MUMPS Cholesky on " + std::to_string(ranks) + " MPI rank" + (ranks > 1 ? "s" : "");
+    else
+        solver_description = "PETSc " + k + " + " + p + " on " + std::to_string(ranks) + " MPI rank" + (ranks > 1 ? "s" : "");
+    return true;
+}
+
+bool is_root() { return rank == 0; }
+
+const char* describe_solver() { return solver_description.c_str(); }
+
+bool analyse_mesh(const Options& opt, int n, bool timed, int32_t& nfree, double& wc, double& mxc) {
+    try {
+        return analyse_here(opt, n, timed, nfree, wc, mxc);
+    } catch (const std::exception& e) {
+        fail(std::to_string(n) + "x" + std::to_string(n) + " mesh: " + e.what());
+    }
+}
+
+double largest_peak_mib() {
+    const double mine = own_peak_mib();
+    double most = 0.0;
+    MPI_Reduce(&mine, &most, 1, MPI_DOUBLE, MPI_MAX, 0, PETSC_COMM_WORLD);
+    return most;
+}
+
+void finish_mode() { PetscFinalize(); }
+
+const DistributedMode mode = {start_mode, is_root, describe_solver, analyse_mesh, largest_peak_mib, finish_mode};
+
+}  // namespace
+}  // namespace slab
+
+// The module's one entry point, looked up by name.
+extern "C" __attribute__((visibility("default"))) const slab::DistributedMode* slab_distributed_mode() {
+    return &slab::mode;
+}
