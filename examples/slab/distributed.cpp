@@ -62,37 +62,13 @@ std::string solver_description;
         if (PetscErrorCode ierr_ = (call); ierr_ != 0) fail(#call " failed"); \
     } while (0)
 
-double own_peak_mib() {
-#if defined(__unix__) || defined(__APPLE__)
-    rusage ru{};
-    getrusage(RUSAGE_SELF, &ru);
-#if defined(__APPLE__)
-    return double(ru.ru_maxrss) / (1024.0 * 1024.0);
-#else
-    return double(ru.ru_maxrss) / 1024.0;
-#endif
-#else
-    return 0.0;
-#endif
-}
-
-double own_cpu_seconds() {
-#if defined(__unix__) || defined(__APPLE__)
-    rusage ru{};
-    getrusage(RUSAGE_SELF, &ru);
-    return double(ru.ru_utime.tv_sec + ru.ru_stime.tv_sec) + 1e-6 * double(ru.ru_utime.tv_usec + ru.ru_stime.tv_usec);
-#else
-    return 0.0;
-#endif
-}
-
 // Wall and processor time of each stage, the slowest rank's, and the peak
 // memory of the largest and the smallest rank.
 class Stages {
 public:
     explicit Stages(bool timed) : timed_(timed) { restart(); }
     void end(const char* name, const std::string& note = "") {
-        double mine[3] = {seconds(), own_cpu_seconds() - cpu_, own_peak_mib()}, most[3], least = 0.0;
+        double mine[3] = {seconds(), cpu_seconds() - cpu_, peak_memory_mib()}, most[3], least = 0.0;
         MPI_Reduce(mine, most, 3, MPI_DOUBLE, MPI_MAX, 0, PETSC_COMM_WORLD);
         MPI_Reduce(&mine[2], &least, 1, MPI_DOUBLE, MPI_MIN, 0, PETSC_COMM_WORLD);
         if (timed_)
@@ -103,7 +79,7 @@ public:
     }
     void restart() {
         t_ = std::chrono::steady_clock::now();
-        cpu_ = own_cpu_seconds();
+        cpu_ = cpu_seconds();
     }
     double seconds() const { return std::chrono::duration<double>(std::chrono::steady_clock::now() - t_).count(); }
 
@@ -238,61 +214,25 @@ void form_loads_and_restraints(const Options& opt, const Mesh& mesh, Part& p) {
     std::vector<double> gload(6 * std::size_t(p.nnode) + 1, 0.0);
     std::vector<float> nodfrc(7 * std::size_t(p.nnode + 1), 0.0f);
     float eload[49];
-    const int kW = 5;  // element degree of freedom 5 lands on position 3 of the node block
     auto scatter = [&](int32_t k) {
         FELOADTOGLOADDOTNET01(&nenod, p.ielnod.data(), &p.nelem, numnod.data(), &ldnf, &six, gload.data(), eload,
                               nodfrc.data(), nullptr, &k);
     };
     if (opt.load == Load::uniform) {
-        const double g = std::sqrt(0.6), pos[3] = {-g, 0.0, g}, wei[3] = {5.0 / 9.0, 8.0 / 9.0, 5.0 / 9.0};
-        float shp[40];
-        double deriv[40], cartd[30], elcod[30] = {}, detj = 0.0;
-        const int32_t nen = 8;
         for (int32_t k = 1; k <= p.nelem; ++k) {
-            const int32_t e = p.elems[k - 1];
-            for (int s = 1; s <= 8; ++s) {
-                const int32_t n = mesh.node(s, e);
-                elcod[s + 10] = mesh.x(n), elcod[s + 20] = mesh.y(n);
-            }
-            double f[9] = {};
-            for (int i = 0; i < 3; ++i)
-                for (int j = 0; j < 3; ++j) {
-                    shape_functions(float(pos[i]), float(pos[j]), shp);
-                    for (int c = 0; c < 40; ++c) deriv[c] = shp[c];
-                    shellfe_jacobian(cartd, deriv, &detj, elcod, &nen);
-                    for (int s = 1; s <= 8; ++s) f[s] += opt.q * shp[10 + s] * wei[i] * wei[j] * detj;
-                }
-            std::fill(std::begin(eload), std::end(eload), 0.0f);
-            for (int s = 1; s <= 8; ++s) eload[6 * (s - 1) + kW] = float(f[s]);
+            uniform_element_load(opt, mesh, p.elems[k - 1], eload);
             scatter(k);
         }
     } else {
-        int32_t elem = 0;
-        float xi = 0.0f, eta = 0.0f, shp[40];
-        if (!locate(mesh, float(0.5 * opt.a), float(0.5 * opt.a), elem, xi, eta)) fail("no element found for the point load");
-        if (p.owns_elem(elem)) {
-            shape_functions(xi, eta, shp);
-            std::fill(std::begin(eload), std::end(eload), 0.0f);
-            for (int s = 1; s <= 8; ++s) eload[6 * (s - 1) + kW] = float(opt.P * shp[10 + s]);
-            scatter(p.local(elem));
-        }
+        const int32_t elem = point_element_load(opt, mesh, eload);
+        if (p.owns_elem(elem)) scatter(p.local(elem));
     }
     const std::size_t neq = std::size_t(p.nnode) * kDof;
     p.load.assign(neq + 1, 0.0);
     p.ifix.assign(neq + 1, 0);
-    const double tol = 1.0e-3 * opt.a / std::sqrt(double(mesh.nelem));
     for (int32_t l = 1; l <= p.nnode; ++l) {
-        const int32_t n = l + p.offset;
         p.load[std::size_t(l - 1) * kDof + 1] = gload[6 * std::size_t(l - 1) + 3];
-        const double x = mesh.x(n), y = mesh.y(n);
-        const bool xedge = std::fabs(x) < tol || std::fabs(x - opt.a) < tol;
-        const bool yedge = std::fabs(y) < tol || std::fabs(y - opt.a) < tol;
-        if (!xedge && !yedge) continue;
-        int32_t* f = p.ifix.data() + std::size_t(l - 1) * kDof;
-        f[1] = 1;
-        if (opt.support == Support::clamped) f[2] = f[3] = 1;
-        if (xedge) f[2] = 1;
-        if (yedge) f[3] = 1;
+        restrain_node(opt, mesh, l + p.offset, p.ifix.data() + std::size_t(l - 1) * kDof, 1);
     }
     for (std::size_t k = 1; k <= neq; ++k)
         if (p.ifix[k]) p.load[k] = 0.0;
@@ -612,7 +552,7 @@ bool analyse_mesh(const Options& opt, int n, bool timed, int32_t& nfree, double&
 }
 
 double largest_peak_mib() {
-    const double mine = own_peak_mib();
+    const double mine = peak_memory_mib();
     double most = 0.0;
     MPI_Reduce(&mine, &most, 1, MPI_DOUBLE, MPI_MAX, 0, PETSC_COMM_WORLD);
     return most;

@@ -22,13 +22,7 @@
 
 using namespace slab;
 
-namespace {
-
-constexpr double kPi = 3.14159265358979323846;
-
-double seconds_since(std::chrono::steady_clock::time_point t0) {
-    return std::chrono::duration<double>(std::chrono::steady_clock::now() - t0).count();
-}
+namespace slab {
 
 // Processor time of the process, user and system: on a shared machine it
 // tells the work of a stage apart from the time spent waiting for a core.
@@ -55,6 +49,16 @@ double peak_memory_mib() {
 #else
     return 0.0;
 #endif
+}
+
+}  // namespace slab
+
+namespace {
+
+constexpr double kPi = 3.14159265358979323846;
+
+double seconds_since(std::chrono::steady_clock::time_point t0) {
+    return std::chrono::duration<double>(std::chrono::steady_clock::now() - t0).count();
 }
 
 // Reference values, normalised (w D / (q a^4), Mx / (q a^2)); NaN where none

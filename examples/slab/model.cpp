@@ -168,8 +168,48 @@ void form_elements(const Options& opt, const Mesh& mesh, Model& model, std::vect
     }
 }
 
-// Consistent nodal loads, scattered into six-unknown node blocks (w in
-// position 3) through the library's element-to-global order.
+}  // namespace
+
+// Consistent nodal loads of element e under the uniform pressure, w in
+// element position 5 of each six-unknown node block (the library's
+// element-to-global order puts it on position 3 of the node block).
+void uniform_element_load(const Options& opt, const Mesh& mesh, int32_t e, float eload[49]) {
+    const double g = std::sqrt(0.6), pos[3] = {-g, 0.0, g}, wei[3] = {5.0 / 9.0, 8.0 / 9.0, 5.0 / 9.0};
+    float shp[40];
+    double deriv[40], cartd[30], elcod[30] = {}, detj = 0.0;
+    const int32_t nen = 8;
+    for (int s = 1; s <= 8; ++s) {
+        const int32_t n = mesh.node(s, e);
+        elcod[s + 10] = mesh.x(n), elcod[s + 20] = mesh.y(n);
+    }
+    double f[9] = {};
+    for (int i = 0; i < 3; ++i)
+        for (int j = 0; j < 3; ++j) {
+            shape_functions(float(pos[i]), float(pos[j]), shp);
+            for (int k = 0; k < 40; ++k) deriv[k] = shp[k];
+            shellfe_jacobian(cartd, deriv, &detj, elcod, &nen);
+            for (int s = 1; s <= 8; ++s) f[s] += opt.q * shp[10 + s] * wei[i] * wei[j] * detj;
+        }
+    std::fill(eload, eload + 49, 0.0f);
+    for (int s = 1; s <= 8; ++s) eload[6 * (s - 1) + kElementW] = float(f[s]);
+}
+
+// The element that holds the point load at the centre, and its nodal loads.
+int32_t point_element_load(const Options& opt, const Mesh& mesh, float eload[49]) {
+    int32_t elem = 0;
+    float xi = 0.0f, eta = 0.0f, shp[40];
+    if (!locate(mesh, float(0.5 * opt.a), float(0.5 * opt.a), elem, xi, eta))
+        throw std::runtime_error("no element found for the point load");
+    shape_functions(xi, eta, shp);
+    std::fill(eload, eload + 49, 0.0f);
+    for (int s = 1; s <= 8; ++s) eload[6 * (s - 1) + kElementW] = float(opt.P * shp[10 + s]);
+    return elem;
+}
+
+namespace {
+
+// Consistent nodal loads, scattered into six-unknown node blocks through the
+// library's element-to-global order.
 void form_loads(const Options& opt, const Mesh& mesh, System& sys) {
     const int32_t nenod = 8, ldnf = mesh.nnode, six = 6;
     std::vector<int32_t> numnod(mesh.nnode + 1);
@@ -177,65 +217,48 @@ void form_loads(const Options& opt, const Mesh& mesh, System& sys) {
     std::vector<double> gload(6 * std::size_t(mesh.nnode) + 1, 0.0);
     std::vector<float> nodfrc(7 * std::size_t(mesh.nnode + 1), 0.0f);
     float eload[49];
-    // Element degree of freedom 5 lands on position 3 of the node block.
-    const int kW = 5;
     auto scatter = [&](int32_t e) {
         FELOADTOGLOADDOTNET01(&nenod, mesh.ielnod.data(), &mesh.nelem, numnod.data(), &ldnf, &six, gload.data(), eload,
                               nodfrc.data(), nullptr, &e);
     };
     if (opt.load == Load::uniform) {
-        const double g = std::sqrt(0.6), pos[3] = {-g, 0.0, g}, wei[3] = {5.0 / 9.0, 8.0 / 9.0, 5.0 / 9.0};
-        float shp[40];
-        double deriv[40], cartd[30], elcod[30] = {}, detj = 0.0;
-        const int32_t nen = 8;
         for (int32_t e = 1; e <= mesh.nelem; ++e) {
-            for (int s = 1; s <= 8; ++s) {
-                const int32_t n = mesh.node(s, e);
-                elcod[s + 10] = mesh.x(n), elcod[s + 20] = mesh.y(n);
-            }
-            double f[9] = {};
-            for (int i = 0; i < 3; ++i)
-                for (int j = 0; j < 3; ++j) {
-                    shape_functions(float(pos[i]), float(pos[j]), shp);
-                    for (int k = 0; k < 40; ++k) deriv[k] = shp[k];
-                    shellfe_jacobian(cartd, deriv, &detj, elcod, &nen);
-                    for (int s = 1; s <= 8; ++s) f[s] += opt.q * shp[10 + s] * wei[i] * wei[j] * detj;
-                }
-            std::fill(std::begin(eload), std::end(eload), 0.0f);
-            for (int s = 1; s <= 8; ++s) eload[6 * (s - 1) + kW] = float(f[s]);
+            uniform_element_load(opt, mesh, e, eload);
             scatter(e);
         }
     } else {
-        int32_t elem = 0;
-        float xi = 0.0f, eta = 0.0f, shp[40];
-        if (!locate(mesh, float(0.5 * opt.a), float(0.5 * opt.a), elem, xi, eta))
-            throw std::runtime_error("no element found for the point load");
-        shape_functions(xi, eta, shp);
-        std::fill(std::begin(eload), std::end(eload), 0.0f);
-        for (int s = 1; s <= 8; ++s) eload[6 * (s - 1) + kW] = float(opt.P * shp[10 + s]);
-        scatter(elem);
+        scatter(point_element_load(opt, mesh, eload));
     }
     for (int32_t n = 1; n <= mesh.nnode; ++n) sys.load[std::size_t(n - 1) * sys.ndof + sys.wdof] = gload[6 * std::size_t(n - 1) + 3];
 }
 
-// Restraints by equation: hard simple support fixes w and the rotation
-// whose slope runs along the edge (theta2 on x = 0, a; theta3 on y = 0, a);
-// clamped edges fix all three. The membrane unknowns of a shell are held on
-// the whole boundary.
-void restrain(const Options& opt, const Mesh& mesh, System& sys) {
+}  // namespace
+
+// Restraints of node n: hard simple support fixes w and the rotation whose
+// slope runs along the edge (theta2 on x = 0, a; theta3 on y = 0, a);
+// clamped edges fix all three. f[w] is the node's w flag; returns whether
+// the node lies on the boundary.
+bool restrain_node(const Options& opt, const Mesh& mesh, int32_t n, int32_t* f, int w) {
     const double tol = 1.0e-3 * opt.a / std::sqrt(double(mesh.nelem));
+    const double x = mesh.x(n), y = mesh.y(n);
+    const bool xedge = std::fabs(x) < tol || std::fabs(x - opt.a) < tol;
+    const bool yedge = std::fabs(y) < tol || std::fabs(y - opt.a) < tol;
+    if (!xedge && !yedge) return false;
+    f[w] = 1;
+    if (opt.support == Support::clamped) f[w + 1] = f[w + 2] = 1;
+    if (xedge) f[w + 1] = 1;
+    if (yedge) f[w + 2] = 1;
+    return true;
+}
+
+namespace {
+
+// Restraints by equation; the membrane unknowns of a shell are held on the
+// whole boundary.
+void restrain(const Options& opt, const Mesh& mesh, System& sys) {
     for (int32_t n = 1; n <= mesh.nnode; ++n) {
-        const double x = mesh.x(n), y = mesh.y(n);
-        const bool xedge = std::fabs(x) < tol || std::fabs(x - opt.a) < tol;
-        const bool yedge = std::fabs(y) < tol || std::fabs(y - opt.a) < tol;
-        if (!xedge && !yedge) continue;
         int32_t* f = sys.ifix.data() + std::size_t(n - 1) * sys.ndof;
-        const int w = sys.wdof, t2 = w + 1, t3 = w + 2;
-        f[w] = 1;
-        if (opt.support == Support::clamped) f[t2] = f[t3] = 1;
-        if (xedge) f[t2] = 1;
-        if (yedge) f[t3] = 1;
-        if (sys.ndof == 6) f[1] = f[2] = 1;
+        if (restrain_node(opt, mesh, n, f, sys.wdof) && sys.ndof == 6) f[1] = f[2] = 1;
     }
     sys.nfree = 0;
     for (int32_t k = 1; k <= sys.neq; ++k) sys.nfree += sys.ifix[k] == 0;

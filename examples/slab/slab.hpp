@@ -112,6 +112,17 @@ void shape_functions(float xi, float eta, float* shp);
 // The element holding the point (x, y) and its natural coordinates there.
 bool locate(const Mesh& mesh, float x, float y, int32_t& elem, float& xi, float& eta);
 
+// Loads and restraints, shared with the distributed mode. Element loads
+// are six-unknown node blocks with w at element position kElementW.
+inline constexpr int kElementW = 5;
+void uniform_element_load(const Options& opt, const Mesh& mesh, int32_t e, float eload[49]);
+int32_t point_element_load(const Options& opt, const Mesh& mesh, float eload[49]);  // the element
+bool restrain_node(const Options& opt, const Mesh& mesh, int32_t n, int32_t* f, int w);
+
+// Processor time and the largest resident set so far of this process.
+double cpu_seconds();
+double peak_memory_mib();
+
 // Plate data shared by the stages.
 double flexural_rigidity(const Options& opt);  // D = E h^3 / 12 (1 - nu^2)
 
