@@ -23,6 +23,9 @@
 #if defined(__unix__) || defined(__APPLE__)
 #include <sys/resource.h>
 #endif
+#if defined(__GLIBC__)
+#include <malloc.h>
+#endif
 
 #include <algorithm>
 #include <chrono>
@@ -89,6 +92,22 @@ private:
     double cpu_ = 0.0;
 };
 
+// The node-to-element records of the mesh as it is numbered now.
+void make_records(Mesh& m) {
+    m.nodmem.assign(std::size_t(kRecord) * (m.nnode + 1), 0);
+    int32_t maxmem = 0;
+    FEMEMBERSTONODES1DOTNET(nullptr, &m.nelem, &maxmem, m.nodmem.data(), m.ielnod.data());
+}
+
+// Hands the memory freed so far back to the system, so that the
+// factorisation's peak starts from what is live rather than from the
+// assembly's high-water mark.
+void release_freed_memory() {
+#if defined(__GLIBC__)
+    malloc_trim(0);
+#endif
+}
+
 // Renumbers the nodes row after row of the slab (by y, then x), the
 // numbering whose contiguous blocks are strips, and rebuilds the
 // node-to-element records for it.
@@ -109,9 +128,7 @@ void number_in_strips(Mesh& m, double a) {
     for (int32_t e = 1; e <= m.nelem; ++e)
         for (int s = 1; s <= 8; ++s) m.node(s, e) = newnum[m.node(s, e)];
     m.xyz.swap(xyz);
-    m.nodmem.assign(std::size_t(kRecord) * (m.nnode + 1), 0);
-    int32_t maxmem = 0;
-    FEMEMBERSTONODES1DOTNET(nullptr, &m.nelem, &maxmem, m.nodmem.data(), m.ielnod.data());
+    make_records(m);
 }
 
 // One rank's share of the model, in local node numbers: global node n is
@@ -452,6 +469,14 @@ bool analyse_here(const Options& opt, int n, bool timed, int32_t& nfree, double&
     MatNullSpace modes = rigid_body_modes(mesh, part, A);
     SLAB_PETSC(MatSetNearNullSpace(A, modes));
     SLAB_PETSC(MatNullSpaceDestroy(&modes));
+    // Nothing of the model is read again before the solution is there: the
+    // local connectivity, loads and restraints go, and so do the
+    // node-to-element records (the largest part of the replicated mesh),
+    // which are rebuilt for the results in a fraction of a second.
+    Part{}.elems.swap(part.elems), Part{}.ielnod.swap(part.ielnod);
+    Part{}.ifix.swap(part.ifix), Part{}.load.swap(part.load);
+    std::vector<int32_t>().swap(mesh.nodmem);
+    release_freed_memory();
     stage.restart();
     auto t0 = std::chrono::steady_clock::now();
     SLAB_PETSC(KSPSetUp(ksp));
@@ -494,6 +519,7 @@ bool analyse_here(const Options& opt, int n, bool timed, int32_t& nfree, double&
     stage.end("solution", note2);
     std::printf("  solver: %s, %s%s\n", solver_description.c_str(), iterations.c_str(), factor.c_str());
 
+    make_records(mesh);
     centre_values(opt, mesh, part, x, wc, mxc);
     stage.end("results");
     SLAB_PETSC(KSPDestroy(&ksp));
