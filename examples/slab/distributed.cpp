@@ -14,7 +14,10 @@
 // twice needs every cell's provisional nodes. Everything after it (element
 // matrices, restraints, loads, matrix rows, solution) is held by the owning
 // rank in a window of local node numbers, its nodes and the strip's
-// neighbours, so those stages shrink as 1/P.
+// neighbours, so those stages shrink as 1/P. The results stay there too:
+// each rank recovers the moments of the elements it owns, estimates their
+// error and hands on only totals; the centre values and the result net come
+// from the rank holding the centre. The root gets no displacement vector.
 //
 // This file is a module that the program loads for --petsc only; it calls
 // back into the program's meshing and recovery.
@@ -358,39 +361,257 @@ MatNullSpace rigid_body_modes(const Mesh& mesh, const Part& p, Mat A) {
     return space;
 }
 
-// The centre values on the root rank: the displacements of the nodes that
-// the centre's nodal moments average over are summed onto the root, each
-// from its owner, and the serial program's recovery reads them there. Its
-// displacement vector is by equation, so the root holds one of mesh size,
-// zero but for those nodes; the other ranks hold none.
-void centre_values(const Options& opt, const Mesh& mesh, const Part& p, Vec x, double& wc, double& mxc) {
-    int32_t elem = 0;
+// The rank that owns node n.
+int owner(const Mesh& mesh, int32_t n) {
+    int r = int(int64_t(n) * ranks / mesh.nnode);
+    while (r > 0 && int32_t(int64_t(mesh.nnode) * r / ranks) >= n) --r;
+    while (r + 1 < ranks && int32_t(int64_t(mesh.nnode) * (r + 1) / ranks) < n) ++r;
+    return r;
+}
+
+// A piece of the mesh in its own node numbers: the given elements, and the
+// nodes from first + 1 to last (global numbers), which must hold all of
+// theirs, as local nodes 1 to last - first.
+Mesh piece(const Mesh& mesh, const std::vector<int32_t>& elems, int32_t first, int32_t last, bool records) {
+    Mesh m;
+    m.nelem = int32_t(elems.size());
+    m.nnode = last - first;
+    m.ielnod.assign(9 * std::size_t(m.nelem + 1), 0);
+    for (int32_t k = 1; k <= m.nelem; ++k)
+        for (int s = 1; s <= 8; ++s) m.node(s, k) = mesh.node(s, elems[k - 1]) - first;
+    const std::size_t row = std::size_t(m.nnode) + 1, whole = std::size_t(mesh.nnode) + 1;
+    m.xyz.assign(3 * row, 0.0f);
+    for (int c = 0; c < 3; ++c)
+        std::copy_n(mesh.xyz.begin() + c * whole + first + 1, m.nnode, m.xyz.begin() + c * row + 1);
+    if (records) make_records(m);
+    return m;
+}
+
+// The elements with a node within `reach` of node n, and the range of
+// their nodes.
+std::vector<int32_t> elements_near(const Mesh& mesh, int32_t n, double reach, int32_t& lo, int32_t& hi) {
+    std::vector<int32_t> elems;
+    lo = mesh.nnode, hi = 1;
+    for (int32_t e = 1; e <= mesh.nelem; ++e) {
+        bool near = false;
+        for (int s = 1; s <= 8 && !near; ++s) {
+            const int32_t m = mesh.node(s, e);
+            near = std::hypot(double(mesh.x(m)) - mesh.x(n), double(mesh.y(m)) - mesh.y(n)) <= reach;
+        }
+        if (!near) continue;
+        elems.push_back(e);
+        for (int s = 1; s <= 8; ++s) lo = std::min(lo, mesh.node(s, e)), hi = std::max(hi, mesh.node(s, e));
+    }
+    return elems;
+}
+
+// The results where the data lives. A rank owns the elements whose first
+// corner it owns; it reads the displacements of their nodes (its own and
+// the neighbouring strip's, through a scatter), sums their moments at the
+// nodes, and the sums of the nodes that several ranks' elements share are
+// completed in a distributed vector of four entries per node (three
+// moments and a count). The rank owning the element that holds the centre
+// interpolates the centre values and sends them to the root. With `post`,
+// each rank estimates the error of its elements and the totals reach the
+// root; the rank owning the centre node gathers the moments of the nodes
+// near it and runs the result net on that piece of the mesh; the root,
+// which holds the mesh, finds the elements around the peak deflection.
+void results_here(const Options& opt, const Mesh& mesh, const Part& p, Vec x, Vec b, bool post, double& wc,
+                  double& mxc) {
+    std::vector<int32_t> elems;
+    int32_t lo = p.first, hi = p.last;
+    for (int32_t e = 1; e <= mesh.nelem; ++e) {
+        const int32_t c = mesh.node(1, e);
+        if (c < p.first || c > p.last) continue;
+        elems.push_back(e);
+        for (int s = 1; s <= 8; ++s) lo = std::min(lo, mesh.node(s, e)), hi = std::max(hi, mesh.node(s, e));
+    }
+    const int32_t before = lo - 1;
+    const Mesh mine = piece(mesh, elems, before, hi, false);
+    System sys;
+    sys.ndof = kDof, sys.wdof = 1, sys.neq = mine.nnode * kDof;
+
+    // The displacements of the window.
+    std::vector<double> u(std::size_t(sys.neq), 0.0);
+    {
+        Vec local = nullptr;
+        IS from = nullptr;
+        VecScatter scatter = nullptr;
+        SLAB_PETSC(VecCreateSeqWithArray(PETSC_COMM_SELF, 1, sys.neq, u.data(), &local));
+        SLAB_PETSC(ISCreateStride(PETSC_COMM_SELF, sys.neq, PetscInt(before) * kDof, 1, &from));
+        SLAB_PETSC(VecScatterCreate(x, from, local, nullptr, &scatter));
+        SLAB_PETSC(VecScatterBegin(scatter, x, local, INSERT_VALUES, SCATTER_FORWARD));
+        SLAB_PETSC(VecScatterEnd(scatter, x, local, INSERT_VALUES, SCATTER_FORWARD));
+        SLAB_PETSC(VecScatterDestroy(&scatter));
+        SLAB_PETSC(ISDestroy(&from));
+        SLAB_PETSC(VecDestroy(&local));
+    }
+
+    // The moments at the nodes: this rank's sums, completed across ranks.
+    double db[16];
+    bending_rigidities(opt, db);
+    constexpr int kSum = 4;
+    std::vector<double> sums(std::size_t(mine.nnode) * kSum, 0.0);
+    for (int32_t e = 1; e <= mine.nelem; ++e) {
+        double m[9][3];
+        element_moments(mine, sys, u, db, e, m);
+        for (int k = 1; k <= 8; ++k) {
+            double* to = sums.data() + std::size_t(mine.node(k, e) - 1) * kSum;
+            to[0] += m[k][0], to[1] += m[k][1], to[2] += m[k][2], to[3] += 1.0;
+        }
+    }
+    Vec whole = nullptr;
+    SLAB_PETSC(VecCreateMPI(PETSC_COMM_WORLD, PetscInt(p.last - p.first + 1) * kSum, PETSC_DETERMINE, &whole));
+    {
+        std::vector<PetscInt> at(sums.size());
+        std::iota(at.begin(), at.end(), PetscInt(before) * kSum);
+        SLAB_PETSC(VecSetValues(whole, PetscInt(at.size()), at.data(), sums.data(), ADD_VALUES));
+        SLAB_PETSC(VecAssemblyBegin(whole));
+        SLAB_PETSC(VecAssemblyEnd(whole));
+        Vec local = nullptr;
+        IS from = nullptr;
+        VecScatter scatter = nullptr;
+        SLAB_PETSC(VecCreateSeqWithArray(PETSC_COMM_SELF, 1, PetscInt(sums.size()), sums.data(), &local));
+        SLAB_PETSC(ISCreateStride(PETSC_COMM_SELF, PetscInt(sums.size()), PetscInt(before) * kSum, 1, &from));
+        SLAB_PETSC(VecScatterCreate(whole, from, local, nullptr, &scatter));
+        SLAB_PETSC(VecScatterBegin(scatter, whole, local, INSERT_VALUES, SCATTER_FORWARD));
+        SLAB_PETSC(VecScatterEnd(scatter, whole, local, INSERT_VALUES, SCATTER_FORWARD));
+        SLAB_PETSC(VecScatterDestroy(&scatter));
+        SLAB_PETSC(ISDestroy(&from));
+        SLAB_PETSC(VecDestroy(&local));
+    }
+    Results r;
+    r.mx.assign(mine.nnode + 1, 0.0), r.my.assign(mine.nnode + 1, 0.0), r.mxy.assign(mine.nnode + 1, 0.0);
+    for (int32_t n = 1; n <= mine.nnode; ++n) {
+        const double* s = sums.data() + std::size_t(n - 1) * kSum;
+        if (s[3] > 0.0) r.mx[n] = s[0] / s[3], r.my[n] = s[1] / s[3], r.mxy[n] = s[2] / s[3];
+    }
+
+    // The centre values, from the rank owning the element that holds it.
+    int32_t elem = 0, centre = 0;
     float xi = 0.0f, eta = 0.0f;
     if (!locate(mesh, float(0.5 * opt.a), float(0.5 * opt.a), elem, xi, eta)) fail("no element holds the centre");
-    std::vector<int32_t> need;
-    for (int s = 1; s <= 8; ++s) {
-        const int32_t* rec = mesh.record(mesh.node(s, elem));
-        for (int32_t k = 1; k <= rec[0]; ++k)
-            for (int t = 1; t <= 8; ++t) need.push_back(mesh.node(t, rec[k]));
+    {
+        const int holder = owner(mesh, mesh.node(1, elem));
+        double values[3] = {0.0, 0.0, 0.0};
+        if (rank == holder) {
+            const int32_t e = int32_t(std::lower_bound(elems.begin(), elems.end(), elem) - elems.begin()) + 1;
+            float shp[40], best = 0;
+            shape_functions(xi, eta, shp);
+            for (int s = 1; s <= 8; ++s) {
+                const int32_t n = mine.node(s, e);
+                values[0] += shp[10 + s] * u[std::size_t(n - 1) * kDof], values[1] += shp[10 + s] * r.mx[n];
+                if (values[2] == 0.0 || shp[10 + s] > best) values[2] = n + before, best = shp[10 + s];
+            }
+        }
+        MPI_Bcast(values, 3, MPI_DOUBLE, holder, PETSC_COMM_WORLD);
+        wc = values[0], mxc = values[1], centre = int32_t(values[2]);
     }
-    std::sort(need.begin(), need.end());
-    need.erase(std::unique(need.begin(), need.end()), need.end());
-    std::vector<double> mine(need.size() * kDof, 0.0), all(mine.size(), 0.0);
-    const PetscScalar* u = nullptr;
-    SLAB_PETSC(VecGetArrayRead(x, &u));
-    for (std::size_t k = 0; k < need.size(); ++k)
-        if (need[k] >= p.first && need[k] <= p.last)
-            for (int d = 0; d < kDof; ++d) mine[k * kDof + d] = u[(need[k] - p.first) * kDof + d];
-    SLAB_PETSC(VecRestoreArrayRead(x, &u));
-    MPI_Reduce(mine.data(), all.data(), int(mine.size()), MPI_DOUBLE, MPI_SUM, 0, PETSC_COMM_WORLD);
-    if (rank != 0) return;
-    System sys;
-    sys.ndof = kDof, sys.wdof = 1, sys.neq = mesh.nnode * kDof;
-    std::vector<double> full(std::size_t(sys.neq), 0.0);
-    for (std::size_t k = 0; k < need.size(); ++k)
-        for (int d = 0; d < kDof; ++d) full[std::size_t(need[k] - 1) * kDof + d] = all[k * kDof + d];
-    const Results r = recover(opt, mesh, sys, full);
-    wc = r.wc, mxc = r.mxc;
+    if (!post) {
+        SLAB_PETSC(VecDestroy(&whole));
+        return;
+    }
+
+    // Error estimate: the sum of the elements' errors and the worst element.
+    {
+        // The sum is a single-precision running sum over the elements in
+        // order, so the serial run's rounding is kept by passing it from
+        // rank to rank: each rank's elements follow the previous rank's.
+        std::vector<float> erre;
+        float errt = 0.0f;
+        if (rank > 0) MPI_Recv(&errt, 1, MPI_FLOAT, rank - 1, 1, PETSC_COMM_WORLD, MPI_STATUS_IGNORE);
+        errt = error_estimate(opt, mine, sys, u, r, erre, errt);
+        if (rank + 1 < ranks) MPI_Send(&errt, 1, MPI_FLOAT, rank + 1, 1, PETSC_COMM_WORLD);
+        float total = errt;
+        MPI_Bcast(&total, 1, MPI_FLOAT, ranks - 1, PETSC_COMM_WORLD);
+        struct {
+            float error;
+            int element;
+        } worst{-1.0f, 0}, most{};
+        for (int32_t e = 1; e <= mine.nelem; ++e)
+            if (erre[e] > worst.error) worst = {erre[e], elems[e - 1]};
+        PetscScalar energy = 0.0;
+        SLAB_PETSC(VecDot(b, x, &energy));
+        MPI_Reduce(&worst, &most, 1, MPI_FLOAT_INT, MPI_MAXLOC, 0, PETSC_COMM_WORLD);
+        if (rank == 0) {
+            const int32_t w = most.element;
+            std::printf("  error estimate (STERRORDLLDOTNET): relative moment error %.3e, largest in element %d at "
+                        "(%.3f, %.3f)\n",
+                        total > 0.0f ? std::sqrt(total / (total + energy)) : 0.0, w,
+                        0.5 * (mesh.x(mesh.node(1, w)) + mesh.x(mesh.node(5, w))),
+                        0.5 * (mesh.y(mesh.node(1, w)) + mesh.y(mesh.node(5, w))));
+        }
+    }
+
+    // Mx in a net of radius a/10 around the centre node, on the piece of
+    // the mesh near it, with the moments of its nodes from their owners.
+    {
+        const float radius = float(0.1 * opt.a);
+        const double side = opt.a / std::sqrt(double(mesh.nelem));
+        int32_t nlo = 0, nhi = 0;
+        const std::vector<int32_t> near = elements_near(mesh, centre, radius + 2.0 * side, nlo, nhi);
+        const int host = owner(mesh, centre);
+        std::vector<double> mx(std::size_t(nhi - nlo + 1), 0.0), got(rank == host ? mx.size() : 0);
+        const PetscScalar* v = nullptr;
+        SLAB_PETSC(VecGetArrayRead(whole, &v));
+        for (int32_t n = std::max(nlo, p.first); n <= std::min(nhi, p.last); ++n) {
+            const PetscScalar* s = v + std::size_t(n - p.first) * kSum;
+            if (s[3] > 0.0) mx[n - nlo] = s[0] / s[3];
+        }
+        SLAB_PETSC(VecRestoreArrayRead(whole, &v));
+        MPI_Reduce(mx.data(), got.data(), int(mx.size()), MPI_DOUBLE, MPI_SUM, host, PETSC_COMM_WORLD);
+        float net[4] = {0, 0, 0, 0};  // peak, high, low, mean
+        if (rank == host) {
+            Mesh m = piece(mesh, near, nlo - 1, nhi, true);
+            const int32_t nnode = m.nnode, nelem = m.nelem, ldres = 3 * nnode, icase = 1, icomp = 0, ncomp = 3,
+                          ldmem = 50, at = centre - (nlo - 1);
+            std::vector<float> res(std::size_t(ldres + 1) * 2, 0.0f);
+            for (int32_t n = 1; n <= nnode; ++n) res[(1 + 3 * (n - 1)) + std::size_t(ldres + 1)] = float(got[n - 1]);
+            CASTNETFMDOTNET(&net[0], res.data(), &icase, &icomp, &ncomp, &nnode, m.xyz.data(), &radius, &at, &net[1],
+                            &net[2], m.nodmem.data(), &nelem, &ldmem, &nelem, m.ielnod.data(), &net[3], &ldres);
+        }
+        if (host != 0) {
+            if (rank == host) MPI_Send(net, 4, MPI_FLOAT, 0, 0, PETSC_COMM_WORLD);
+            if (rank == 0) MPI_Recv(net, 4, MPI_FLOAT, host, 0, PETSC_COMM_WORLD, MPI_STATUS_IGNORE);
+        }
+        const double s = opt.load == Load::uniform ? opt.q * opt.a * opt.a : opt.P;
+        if (rank == 0)
+            std::printf("  Mx within a/10 of the centre (CASTNETFMDOTNET): %.5f to %.5f, mean %.5f, peak %.5f (x %s)\n",
+                        net[2] / s, net[1] / s, net[3] / s, net[0] / s, opt.load == Load::uniform ? "q a^2" : "P");
+    }
+    SLAB_PETSC(VecDestroy(&whole));
+
+    // The peak deflection, the first largest in node order of each rank,
+    // and the elements and nodes within one element side of it.
+    {
+        struct {
+            double w;
+            int node;
+        } peak{-1.0, 0}, top{};
+        const PetscScalar* v = nullptr;
+        SLAB_PETSC(VecGetArrayRead(x, &v));
+        for (int32_t n = p.first; n <= p.last; ++n)
+            if (std::fabs(v[std::size_t(n - p.first) * kDof]) > peak.w) peak = {std::fabs(v[std::size_t(n - p.first) * kDof]), n};
+        SLAB_PETSC(VecRestoreArrayRead(x, &v));
+        MPI_Reduce(&peak, &top, 1, MPI_DOUBLE_INT, MPI_MAXLOC, 0, PETSC_COMM_WORLD);
+        if (rank == 0) {
+            const float rad = float(1.001 * opt.a / std::sqrt(double(mesh.nelem)));
+            int32_t nlo = 0, nhi = 0;
+            const std::vector<int32_t> near = elements_near(mesh, top.node, 3.0 * rad, nlo, nhi);
+            const Mesh m = piece(mesh, near, nlo - 1, nhi, false);
+            const int32_t nelem = m.nelem, nnode = m.nnode, igrp = 0, at = top.node - (nlo - 1);
+            std::vector<int32_t> memtab(std::size_t(nelem + 1) * 3, 0), memgrp(nelem + 1, 1), mfnd(nelem + 1, 0),
+                nfnd(nnode + 1, 0);
+            for (int32_t e = 1; e <= nelem; ++e)
+                memtab[std::size_t(nelem + 1) + e] = 1, memtab[2 * std::size_t(nelem + 1) + e] = 8;
+            int32_t nmfnd = 0, nnfnd = 0;
+            GETPEAKMEMNODESDOTNET(&nelem, memtab.data(), memgrp.data(), m.ielnod.data(), m.xyz.data(), &at, &rad, &nmfnd,
+                                  mfnd.data(), &nnfnd, nfnd.data(), &nnode, &igrp);
+            std::printf("  peak deflection at node %d (%.4f, %.4f): %d elements and %d nodes within one element side "
+                        "(GETPEAKMEMNODESDOTNET)\n",
+                        top.node, mesh.x(top.node), mesh.y(top.node), nmfnd, nnfnd);
+        }
+    }
 }
 
 bool analyse_here(const Options& opt, int n, bool timed, int32_t& nfree, double& wc, double& mxc) {
@@ -520,7 +741,7 @@ bool analyse_here(const Options& opt, int n, bool timed, int32_t& nfree, double&
     std::printf("  solver: %s, %s%s\n", solver_description.c_str(), iterations.c_str(), factor.c_str());
 
     make_records(mesh);
-    centre_values(opt, mesh, part, x, wc, mxc);
+    results_here(opt, mesh, part, x, b, timed || n == opt.meshes.back(), wc, mxc);
     stage.end("results");
     SLAB_PETSC(KSPDestroy(&ksp));
     SLAB_PETSC(MatDestroy(&A));

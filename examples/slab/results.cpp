@@ -17,7 +17,8 @@ namespace {
 const float kNodeXi[9] = {0, -1, 0, 1, 1, 1, 0, -1, -1};
 const float kNodeEta[9] = {0, -1, -1, -1, 0, 1, 1, 1, 0};
 
-// Bending rigidities DBEND (0:3, 0:3) of the layered plate.
+}  // namespace
+
 void bending_rigidities(const Options& opt, double* dbend) {
     std::vector<double> play, zlay;
     layer_tables(opt, play, zlay);
@@ -26,9 +27,9 @@ void bending_rigidities(const Options& opt, double* dbend) {
     shellfe_plate_rigidities(dbend, dshear, &ibend, &ishear, play.data(), zlay.data(), &nlay, &options);
 }
 
-// Moments (Mx, My, Mxy) at the eight nodes of element e from its own
-// curvatures: theta2 ~ dw/dy and theta3 ~ -dw/dx, so the curvatures
-// -w,xx, -w,yy and -2 w,xy are theta3,x, -theta2,y and theta3,y - theta2,x.
+// From the element's own curvatures: theta2 ~ dw/dy and theta3 ~ -dw/dx,
+// so the curvatures -w,xx, -w,yy and -2 w,xy are theta3,x, -theta2,y and
+// theta3,y - theta2,x.
 void element_moments(const Mesh& mesh, const System& sys, const std::vector<double>& u, const double* db,
                      int32_t e, double m[9][3]) {
     double elcod[30] = {}, deriv[40], cartd[30], detj = 0.0;
@@ -51,8 +52,6 @@ void element_moments(const Mesh& mesh, const System& sys, const std::vector<doub
         for (int r = 0; r < 3; ++r) m[k][r] = db[(r + 1) + 4 * 1] * kx + db[(r + 1) + 4 * 2] * ky + db[(r + 1) + 4 * 3] * kxy;
     }
 }
-
-}  // namespace
 
 Results recover(const Options& opt, const Mesh& mesh, const System& sys, const std::vector<double>& u) {
     Results r;
@@ -89,16 +88,17 @@ Results recover(const Options& opt, const Mesh& mesh, const System& sys, const s
     return r;
 }
 
-void post_process(const Options& opt, const Mesh& mesh, const System& sys, const std::vector<double>& u,
-                  const Results& r) {
+float error_estimate(const Options& opt, const Mesh& mesh, const System& sys, const std::vector<double>& u,
+                     const Results& r, std::vector<float>& erre, float errt) {
     const int32_t nelem = mesh.nelem, nnode = mesh.nnode;
-    // Error estimate of the moments: the element's own moments at its nodes
-    // against the nodal averages, in the energy of the bending rigidities.
+    // The element's own moments at its nodes against the nodal averages, in
+    // the energy of the bending rigidities.
     const int32_t nsrow = 9 * nelem, icsig = 0, nnodt = 8, nlay = opt.layers, nmat = 1, imat = 1;
     double db[16];
     bending_rigidities(opt, db);
     std::vector<float> sige(std::size_t(nsrow + 1) * 4, 0.0f), tnode(std::size_t(nelem + 1) * 9, 0.0f);
-    std::vector<float> wdet(std::size_t(nelem + 1) * 10, 0.0f), errn(nnode + 1, 0.0f), erre(nelem + 1, 0.0f);
+    std::vector<float> wdet(std::size_t(nelem + 1) * 10, 0.0f), errn(nnode + 1, 0.0f);
+    erre.assign(nelem + 1, 0.0f);
     std::vector<int32_t> ietyp(std::size_t(nelem + 1) * 2, 0);
     std::vector<double> pd, zd;
     layer_tables(opt, pd, zd);
@@ -123,7 +123,7 @@ void post_process(const Options& opt, const Mesh& mesh, const System& sys, const
                 wdet[(3 * (i - 1) + j) + 10 * std::size_t(e)] = wei[i] * wei[j] * detj;
             }
     }
-    float errt = 0.0f, sigs[36];
+    float sigs[36];
     for (int32_t e = 1; e <= nelem; ++e) {
         for (int k = 1; k <= 8; ++k) {
             const int32_t n = mesh.node(k, e);
@@ -133,6 +133,15 @@ void post_process(const Options& opt, const Mesh& mesh, const System& sys, const
                          zlay.data(), &nlay, mesh.ielnod.data(), errn.data(), &errt, prop.data(), wdet.data(), sigs,
                          erre.data(), &icsig, &nsrow, nullptr, &nmat, &imat);
     }
+    return errt;
+}
+
+void post_process(const Options& opt, const Mesh& mesh, const System& sys, const std::vector<double>& u,
+                  const Results& r) {
+    const int32_t nelem = mesh.nelem, nnode = mesh.nnode;
+    // Error estimate of the moments.
+    std::vector<float> erre;
+    const float errt = error_estimate(opt, mesh, sys, u, r, erre);
     double energy = 0.0;
     for (int32_t k = 1; k <= sys.neq; ++k) energy += sys.load[k] * u[k - 1];
     const int32_t worst = int32_t(std::max_element(erre.begin() + 1, erre.end()) - erre.begin());

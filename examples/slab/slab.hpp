@@ -101,6 +101,19 @@ Results recover(const Options& opt, const Mesh& mesh, const System& sys, const s
 void post_process(const Options& opt, const Mesh& mesh, const System& sys, const std::vector<double>& u,
                   const Results& r);
 
+// Bending rigidities DBEND (0:3, 0:3) of the layered plate.
+void bending_rigidities(const Options& opt, double* dbend);
+// Moments (Mx, My, Mxy) at the eight nodes of element e from its own
+// curvatures; u by equation from 0 of the mesh's own node numbers.
+void element_moments(const Mesh& mesh, const System& sys, const std::vector<double>& u, const double* db,
+                     int32_t e, double m[9][3]);
+// The error estimate of the moments over every element of the mesh, with
+// the nodal moments of r: returns the running sum of the elements' errors
+// continued from errt, and each element's in erre (from 1). A distributed
+// run calls it on the mesh of the elements a rank owns.
+float error_estimate(const Options& opt, const Mesh& mesh, const System& sys, const std::vector<double>& u,
+                     const Results& r, std::vector<float>& erre, float errt = 0.0f);
+
 // Contour plots of the deflection and of Mx.
 bool write_svgs(const Options& opt, const Mesh& mesh, const Results& r, int n, std::string& error);
 
