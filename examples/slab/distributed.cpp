@@ -740,11 +740,14 @@ bool analyse_here(const Options& opt, int n, bool timed, int32_t& nfree, double&
     stage.end("solution", note2);
     std::printf("  solver: %s, %s%s\n", solver_description.c_str(), iterations.c_str(), factor.c_str());
 
+    // The results need the solution and the loads only: the factor and
+    // the matrix go first, so that the results' arrays reuse their memory.
+    SLAB_PETSC(KSPDestroy(&ksp));
+    SLAB_PETSC(MatDestroy(&A));
+    release_freed_memory();
     make_records(mesh);
     results_here(opt, mesh, part, x, b, timed || n == opt.meshes.back(), wc, mxc);
     stage.end("results");
-    SLAB_PETSC(KSPDestroy(&ksp));
-    SLAB_PETSC(MatDestroy(&A));
     SLAB_PETSC(VecDestroy(&x));
     SLAB_PETSC(VecDestroy(&b));
     return true;
