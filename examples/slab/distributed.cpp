@@ -2,22 +2,24 @@
 // model outgrows one machine runs it.
 //
 // Each rank owns a contiguous block of nodes and with it their equations.
-// The nodes are numbered row after row of the slab, so that a block is a
-// strip and its rows couple only to the strips beside it. A rank forms the
-// element matrices of the elements touching its nodes, gathers the node
-// matrix of each of its nodes and appends exactly its own rows; the rows go
-// to PETSc as they are, with exact preallocation.
+// PETSc's graph partitioner divides the node graph where it has one, and
+// the nodes are renumbered so that each part is a block; without one, the
+// row-by-row numbering is cut into strips. A rank forms the element
+// matrices of the elements touching its nodes, gathers the node matrix of
+// each of its nodes and appends exactly its own rows; the rows go to PETSc
+// as they are, with exact preallocation.
 //
 // What stays replicated on every rank is the mesh (connectivity,
-// coordinates, node-to-element records): the panel is meshed whole, and the
-// merging of the mid-side and corner nodes that neighbouring cells create
-// twice needs every cell's provisional nodes. Everything after it (element
-// matrices, restraints, loads, matrix rows, solution) is held by the owning
-// rank in a window of local node numbers, its nodes and the strip's
-// neighbours, so those stages shrink as 1/P. The results stay there too:
-// each rank recovers the moments of the elements it owns, estimates their
-// error and hands on only totals; the centre values and the result net come
-// from the rank holding the centre. The root gets no displacement vector.
+// coordinates, node-to-element records) and its numbering: the panel is
+// meshed whole, and the merging of the mid-side and corner nodes that
+// neighbouring cells create twice needs every cell's provisional nodes.
+// Everything after it (element matrices, restraints, loads, matrix rows,
+// solution) is held by the owning rank in local node numbers, its nodes
+// and the neighbours its elements reach, so those stages shrink as 1/P. The
+// results stay there too: each rank recovers the moments of the elements it
+// owns, estimates their error and hands on only totals; the centre values
+// and the result net come from the rank holding the centre. The root
+// receives the whole deflection and Mx only to draw them.
 //
 // This file is a module that the program loads for --petsc only; it calls
 // back into the program's meshing and recovery.
@@ -95,13 +97,6 @@ private:
     double cpu_ = 0.0;
 };
 
-// The node-to-element records of the mesh as it is numbered now.
-void make_records(Mesh& m) {
-    m.nodmem.assign(std::size_t(kRecord) * (m.nnode + 1), 0);
-    int32_t maxmem = 0;
-    FEMEMBERSTONODES1DOTNET(nullptr, &m.nelem, &maxmem, m.nodmem.data(), m.ielnod.data());
-}
-
 // Hands the memory freed so far back to the system, so that the
 // factorisation's peak starts from what is live rather than from the
 // assembly's high-water mark.
@@ -122,34 +117,123 @@ void number_in_strips(Mesh& m, double a) {
         return std::fabs(m.y(p) - m.y(q)) > tol ? m.y(p) < m.y(q) : m.x(p) < m.x(q);
     });
     std::vector<int32_t> newnum(m.nnode + 1, 0);
-    std::vector<float> xyz(m.xyz.size(), 0.0f);
-    const std::size_t row = std::size_t(m.nnode) + 1;
-    for (int32_t k = 0; k < m.nnode; ++k) {
-        newnum[order[k]] = k + 1;
-        for (int c = 0; c < 3; ++c) xyz[c * row + k + 1] = m.xyz[c * row + order[k]];
-    }
-    for (int32_t e = 1; e <= m.nelem; ++e)
-        for (int s = 1; s <= 8; ++s) m.node(s, e) = newnum[m.node(s, e)];
-    m.xyz.swap(xyz);
-    make_records(m);
+    for (int32_t k = 0; k < m.nnode; ++k) newnum[order[k]] = k + 1;
+    renumber(m, newnum, m.nnode);
 }
 
-// One rank's share of the model, in local node numbers: global node n is
-// local node n - offset, for the window of nodes that the rank's elements
-// touch. Local equations are numbered by local node as global ones are by
-// node, so a global equation is the local one plus offset * kDof.
+// The first node of each rank's block, and one past the last node at the
+// end: rank r owns nodes starts[r] to starts[r + 1] - 1.
+std::vector<int32_t> starts;
+
+// The rank that owns node n.
+int owner(int32_t n) { return int(std::upper_bound(starts.begin(), starts.end(), n) - starts.begin()) - 1; }
+
+// Position (from 1) of v in an ascending list that holds it.
+int32_t position(const std::vector<int32_t>& sorted, int32_t v) {
+    return int32_t(std::lower_bound(sorted.begin(), sorted.end(), v) - sorted.begin()) + 1;
+}
+
+// The nodes of the given elements, ascending.
+std::vector<int32_t> nodes_of(const Mesh& mesh, const std::vector<int32_t>& elems) {
+    std::vector<int32_t> nodes;
+    nodes.reserve(elems.size() * 3);
+    for (int32_t e : elems)
+        for (int s = 1; s <= 8; ++s) nodes.push_back(mesh.node(s, e));
+    std::sort(nodes.begin(), nodes.end());
+    nodes.erase(std::unique(nodes.begin(), nodes.end()), nodes.end());
+    return nodes;
+}
+
+// Divides the nodes among the ranks. The row-by-row numbering cut into
+// equal blocks gives strips of the slab; where PETSc has a graph
+// partitioner (PT-Scotch or ParMETIS, or another chosen with
+// -mat_partitioning_type), it divides the node graph instead, and the
+// nodes are renumbered so that each rank's are contiguous, in their row-by-
+// row order. -mat_partitioning_type current keeps the strips. Returns what
+// divided them.
+std::string partition_nodes(Mesh& mesh) {
+    starts.assign(ranks + 1, 0);
+    for (int r = 0; r <= ranks; ++r) starts[r] = int32_t(int64_t(mesh.nnode) * r / ranks) + 1;
+    if (ranks == 1) return "one rank";
+    MatPartitioning parts = nullptr;
+    SLAB_PETSC(MatPartitioningCreate(PETSC_COMM_WORLD, &parts));
+#if defined(PETSC_HAVE_PTSCOTCH)
+    SLAB_PETSC(MatPartitioningSetType(parts, MATPARTITIONINGPTSCOTCH));
+#elif defined(PETSC_HAVE_PARMETIS)
+    SLAB_PETSC(MatPartitioningSetType(parts, MATPARTITIONINGPARMETIS));
+#else
+    SLAB_PETSC(MatPartitioningSetType(parts, MATPARTITIONINGCURRENT));
+#endif
+    SLAB_PETSC(MatPartitioningSetFromOptions(parts));
+    MatPartitioningType type = nullptr;
+    SLAB_PETSC(MatPartitioningGetType(parts, &type));
+    const std::string name = type;
+    if (name == MATPARTITIONINGCURRENT) {
+        SLAB_PETSC(MatPartitioningDestroy(&parts));
+        return "strips";
+    }
+    // The graph of the block this rank holds now: nodes are neighbours
+    // when an element holds both. PETSc takes over both arrays.
+    const int32_t first = starts[rank], own = starts[rank + 1] - first;
+    std::vector<int32_t> near;
+    std::vector<PetscInt> count(own + 1, 0), adjacent;
+    for (int32_t n = first; n < first + own; ++n) {
+        const int32_t* rec = mesh.record(n);
+        near.clear();
+        for (int32_t k = 1; k <= rec[0]; ++k)
+            for (int s = 1; s <= 8; ++s)
+                if (const int32_t m = mesh.node(s, rec[k]); m != n) near.push_back(m - 1);
+        std::sort(near.begin(), near.end());
+        near.erase(std::unique(near.begin(), near.end()), near.end());
+        adjacent.insert(adjacent.end(), near.begin(), near.end());
+        count[n - first + 1] = PetscInt(adjacent.size());
+    }
+    PetscInt *ia = nullptr, *ja = nullptr;
+    SLAB_PETSC(PetscMalloc1(count.size(), &ia));
+    SLAB_PETSC(PetscMalloc1(std::max<std::size_t>(adjacent.size(), 1), &ja));
+    std::copy(count.begin(), count.end(), ia);
+    std::copy(adjacent.begin(), adjacent.end(), ja);
+    std::vector<PetscInt>().swap(adjacent);
+    Mat graph = nullptr;
+    SLAB_PETSC(MatCreateMPIAdj(PETSC_COMM_WORLD, own, mesh.nnode, ia, ja, nullptr, &graph));
+    SLAB_PETSC(MatPartitioningSetAdjacency(parts, graph));
+    IS part = nullptr, number = nullptr, all = nullptr;
+    SLAB_PETSC(MatPartitioningApply(parts, &part));
+    SLAB_PETSC(ISPartitioningToNumbering(part, &number));
+    std::vector<PetscInt> sizes(ranks, 0);
+    SLAB_PETSC(ISPartitioningCount(part, ranks, sizes.data()));
+    // The new number of every node, on every rank: the mesh is whole on
+    // every rank, so its numbering is too.
+    SLAB_PETSC(ISAllGather(number, &all));
+    const PetscInt* to = nullptr;
+    SLAB_PETSC(ISGetIndices(all, &to));
+    std::vector<int32_t> newnum(mesh.nnode + 1, 0);
+    for (int32_t n = 1; n <= mesh.nnode; ++n) newnum[n] = int32_t(to[n - 1]) + 1;
+    SLAB_PETSC(ISRestoreIndices(all, &to));
+    for (IS* is : {&all, &number, &part}) SLAB_PETSC(ISDestroy(is));
+    SLAB_PETSC(MatDestroy(&graph));
+    SLAB_PETSC(MatPartitioningDestroy(&parts));
+    renumber(mesh, newnum, mesh.nnode);
+    for (int r = 0; r < ranks; ++r) starts[r + 1] = starts[r] + int32_t(sizes[r]);
+    return name;
+}
+
+// One rank's share of the model, in local node numbers: the nodes that the
+// rank's elements touch, in ascending global order, numbered from 1.
+// Local equations are numbered by local node as global ones are by node,
+// and both orders agree, so the upper triangle stays the upper triangle.
 struct Part {
     int32_t first = 0, last = 0;  // owned nodes (global numbers)
-    int32_t offset = 0, nnode = 0;  // window of local nodes 1..nnode
+    std::vector<int32_t> nodes;   // global numbers of the local nodes, ascending
+    int32_t nnode = 0;
     std::vector<int32_t> elems;   // global numbers of the local elements, ascending
     int32_t nelem = 0;
     std::vector<int32_t> ielnod;  // local connectivity, slot a of local element k at a * (nelem + 1) + k
     std::vector<double> kd;       // element matrices, 25 x 25 each, local element k at k - 1
     std::vector<int32_t> ifix;    // restraint flags by local equation from 1
     std::vector<double> load;     // loads by local equation from 1
-    int32_t local(int32_t global_elem) const {
-        return int32_t(std::lower_bound(elems.begin(), elems.end(), global_elem) - elems.begin()) + 1;
-    }
+    int32_t local(int32_t global_elem) const { return position(elems, global_elem); }
+    int32_t local_node(int32_t global_node) const { return position(nodes, global_node); }
     bool owns_elem(int32_t global_elem) const { return std::binary_search(elems.begin(), elems.end(), global_elem); }
 };
 
@@ -157,8 +241,8 @@ constexpr int32_t kLdes = 8 * kDof;
 constexpr std::size_t kStride = std::size_t(kLdes + 1) * (kLdes + 1);
 
 void make_part(const Mesh& mesh, Part& p) {
-    p.first = int32_t(int64_t(mesh.nnode) * rank / ranks) + 1;
-    p.last = int32_t(int64_t(mesh.nnode) * (rank + 1) / ranks);
+    p.first = starts[rank];
+    p.last = starts[rank + 1] - 1;
     for (int32_t n = p.first; n <= p.last; ++n) {
         const int32_t* rec = mesh.record(n);
         p.elems.insert(p.elems.end(), rec + 1, rec + 1 + rec[0]);
@@ -166,14 +250,12 @@ void make_part(const Mesh& mesh, Part& p) {
     std::sort(p.elems.begin(), p.elems.end());
     p.elems.erase(std::unique(p.elems.begin(), p.elems.end()), p.elems.end());
     p.nelem = int32_t(p.elems.size());
-    int32_t lo = p.first, hi = p.last;
-    for (int32_t e : p.elems)
-        for (int s = 1; s <= 8; ++s) lo = std::min(lo, mesh.node(s, e)), hi = std::max(hi, mesh.node(s, e));
-    p.offset = lo - 1;
-    p.nnode = hi - p.offset;
+    p.nodes = nodes_of(mesh, p.elems);
+    p.nnode = int32_t(p.nodes.size());
     p.ielnod.assign(9 * std::size_t(p.nelem + 1), 0);
     for (int32_t k = 1; k <= p.nelem; ++k)
-        for (int s = 1; s <= 8; ++s) p.ielnod[std::size_t(s) * (p.nelem + 1) + k] = mesh.node(s, p.elems[k - 1]) - p.offset;
+        for (int s = 1; s <= 8; ++s)
+            p.ielnod[std::size_t(s) * (p.nelem + 1) + k] = p.local_node(mesh.node(s, p.elems[k - 1]));
 }
 
 // The plate's element matrices on the double route, as the serial program
@@ -252,7 +334,7 @@ void form_loads_and_restraints(const Options& opt, const Mesh& mesh, Part& p) {
     p.ifix.assign(neq + 1, 0);
     for (int32_t l = 1; l <= p.nnode; ++l) {
         p.load[std::size_t(l - 1) * kDof + 1] = gload[6 * std::size_t(l - 1) + 3];
-        restrain_node(opt, mesh, l + p.offset, p.ifix.data() + std::size_t(l - 1) * kDof, 1);
+        restrain_node(opt, mesh, p.nodes[l - 1], p.ifix.data() + std::size_t(l - 1) * kDof, 1);
     }
     for (std::size_t k = 1; k <= neq; ++k)
         if (p.ifix[k]) p.load[k] = 0.0;
@@ -277,7 +359,7 @@ void assemble_rows(const Mesh& mesh, Part& p, Rows& rows) {
         const int32_t* rec = mesh.record(n);
         for (int32_t k = 1; k <= rec[0]; ++k)
             for (int s = 1; s <= 8; ++s)
-                if (const int32_t m = mesh.node(s, rec[k]); m >= n) near.push_back(m - p.offset);
+                if (const int32_t m = mesh.node(s, rec[k]); m >= n) near.push_back(p.local_node(m));
         std::sort(near.begin(), near.end());
         near.erase(std::unique(near.begin(), near.end()), near.end());
         at[n - p.first] = int32_t(lists.size());
@@ -298,7 +380,7 @@ void assemble_rows(const Mesh& mesh, Part& p, Rows& rows) {
     rows.val.assign(capacity, 0.0);
     int32_t nnz = 0, nrows = 0, nnzcnt = 0;
     for (int32_t n = p.first; n <= p.last; ++n) {
-        const int32_t ln = n - p.offset;
+        const int32_t ln = p.local_node(n);
         const int32_t* nodlst = lists.data() + at[n - p.first];
         std::fill_n(snode.begin() + (ldnm + 1), std::size_t(nd) * (ldnm + 1), 0.0);
         for (int32_t j = 1; j <= nodlst[0]; ++j) locnod[nodlst[j]] = j;
@@ -322,11 +404,11 @@ void assemble_rows(const Mesh& mesh, Part& p, Rows& rows) {
     }
     rowptr[nrows] = nnz + 1;
     // From 1-based local equations to 0-based global ones.
-    const int32_t shift = p.offset * nd - 1;
     rows.ptr.resize(rowptr.size());
     for (std::size_t k = 0; k < rowptr.size(); ++k) rows.ptr[k] = rowptr[k] - 1;
     rows.col.resize(nnz);
-    for (int32_t k = 0; k < nnz; ++k) rows.col[k] = col[k] + shift;
+    for (int32_t k = 0; k < nnz; ++k)
+        rows.col[k] = PetscInt(p.nodes[(col[k] - 1) / nd] - 1) * nd + (col[k] - 1) % nd;
     rows.val.resize(nnz);
     rows.val.shrink_to_fit();
 }
@@ -343,7 +425,7 @@ MatNullSpace rigid_body_modes(const Mesh& mesh, const Part& p, Mat A) {
         for (int32_t n = p.first; n <= p.last; ++n) {
             const double x = mesh.x(n), y = mesh.y(n);
             const double mode[3][3] = {{1.0, 0.0, 0.0}, {x, 0.0, -1.0}, {y, 1.0, 0.0}};
-            const int32_t ln = n - p.offset;
+            const int32_t ln = p.local_node(n);
             for (int d = 0; d < kDof; ++d)
                 v[(n - p.first) * kDof + d] = p.ifix[std::size_t(ln - 1) * kDof + d + 1] ? 0.0 : mode[k][d];
         }
@@ -361,54 +443,65 @@ MatNullSpace rigid_body_modes(const Mesh& mesh, const Part& p, Mat A) {
     return space;
 }
 
-// The rank that owns node n.
-int owner(const Mesh& mesh, int32_t n) {
-    int r = int(int64_t(n) * ranks / mesh.nnode);
-    while (r > 0 && int32_t(int64_t(mesh.nnode) * r / ranks) >= n) --r;
-    while (r + 1 < ranks && int32_t(int64_t(mesh.nnode) * (r + 1) / ranks) < n) ++r;
-    return r;
-}
-
-// A piece of the mesh in its own node numbers: the given elements, and the
-// nodes from first + 1 to last (global numbers), which must hold all of
-// theirs, as local nodes 1 to last - first.
-Mesh piece(const Mesh& mesh, const std::vector<int32_t>& elems, int32_t first, int32_t last, bool records) {
+// A piece of the mesh in its own node numbers: the given elements, and
+// `nodes` (ascending global numbers), which hold all of theirs, as local
+// nodes 1, 2, ...
+Mesh piece(const Mesh& mesh, const std::vector<int32_t>& elems, const std::vector<int32_t>& nodes, bool records) {
     Mesh m;
     m.nelem = int32_t(elems.size());
-    m.nnode = last - first;
+    m.nnode = int32_t(nodes.size());
     m.ielnod.assign(9 * std::size_t(m.nelem + 1), 0);
     for (int32_t k = 1; k <= m.nelem; ++k)
-        for (int s = 1; s <= 8; ++s) m.node(s, k) = mesh.node(s, elems[k - 1]) - first;
+        for (int s = 1; s <= 8; ++s) m.node(s, k) = position(nodes, mesh.node(s, elems[k - 1]));
     const std::size_t row = std::size_t(m.nnode) + 1, whole = std::size_t(mesh.nnode) + 1;
     m.xyz.assign(3 * row, 0.0f);
     for (int c = 0; c < 3; ++c)
-        std::copy_n(mesh.xyz.begin() + c * whole + first + 1, m.nnode, m.xyz.begin() + c * row + 1);
+        for (int32_t k = 1; k <= m.nnode; ++k) m.xyz[c * row + k] = mesh.xyz[c * whole + nodes[k - 1]];
     if (records) make_records(m);
     return m;
 }
 
-// The elements with a node within `reach` of node n, and the range of
-// their nodes.
-std::vector<int32_t> elements_near(const Mesh& mesh, int32_t n, double reach, int32_t& lo, int32_t& hi) {
+// The elements with a node within `reach` of node n.
+std::vector<int32_t> elements_near(const Mesh& mesh, int32_t n, double reach) {
     std::vector<int32_t> elems;
-    lo = mesh.nnode, hi = 1;
-    for (int32_t e = 1; e <= mesh.nelem; ++e) {
-        bool near = false;
-        for (int s = 1; s <= 8 && !near; ++s) {
+    for (int32_t e = 1; e <= mesh.nelem; ++e)
+        for (int s = 1; s <= 8; ++s) {
             const int32_t m = mesh.node(s, e);
-            near = std::hypot(double(mesh.x(m)) - mesh.x(n), double(mesh.y(m)) - mesh.y(n)) <= reach;
+            if (std::hypot(double(mesh.x(m)) - mesh.x(n), double(mesh.y(m)) - mesh.y(n)) <= reach) {
+                elems.push_back(e);
+                break;
+            }
         }
-        if (!near) continue;
-        elems.push_back(e);
-        for (int s = 1; s <= 8; ++s) lo = std::min(lo, mesh.node(s, e)), hi = std::max(hi, mesh.node(s, e));
-    }
     return elems;
+}
+
+// The equations (from 0) of the given nodes, `per` to a node.
+std::vector<PetscInt> equations_of(const std::vector<int32_t>& nodes, int per) {
+    std::vector<PetscInt> eqs(nodes.size() * per);
+    for (std::size_t k = 0; k < nodes.size(); ++k)
+        for (int d = 0; d < per; ++d) eqs[k * per + d] = PetscInt(nodes[k] - 1) * per + d;
+    return eqs;
+}
+
+// Reads the entries `at` of a distributed vector into `into`.
+void read_entries(Vec from, const std::vector<PetscInt>& at, double* into) {
+    Vec local = nullptr;
+    IS is = nullptr;
+    VecScatter scatter = nullptr;
+    SLAB_PETSC(VecCreateSeqWithArray(PETSC_COMM_SELF, 1, PetscInt(at.size()), into, &local));
+    SLAB_PETSC(ISCreateGeneral(PETSC_COMM_SELF, PetscInt(at.size()), at.data(), PETSC_USE_POINTER, &is));
+    SLAB_PETSC(VecScatterCreate(from, is, local, nullptr, &scatter));
+    SLAB_PETSC(VecScatterBegin(scatter, from, local, INSERT_VALUES, SCATTER_FORWARD));
+    SLAB_PETSC(VecScatterEnd(scatter, from, local, INSERT_VALUES, SCATTER_FORWARD));
+    SLAB_PETSC(VecScatterDestroy(&scatter));
+    SLAB_PETSC(ISDestroy(&is));
+    SLAB_PETSC(VecDestroy(&local));
 }
 
 // The results where the data lives. A rank owns the elements whose first
 // corner it owns; it reads the displacements of their nodes (its own and
-// the neighbouring strip's, through a scatter), sums their moments at the
-// nodes, and the sums of the nodes that several ranks' elements share are
+// its neighbours', through a scatter), sums their moments at the nodes,
+// and the sums of the nodes that several ranks' elements share are
 // completed in a distributed vector of four entries per node (three
 // moments and a count). The rank owning the element that holds the centre
 // interpolates the centre values and sends them to the root. With `post`,
@@ -416,36 +509,19 @@ std::vector<int32_t> elements_near(const Mesh& mesh, int32_t n, double reach, in
 // root; the rank owning the centre node gathers the moments of the nodes
 // near it and runs the result net on that piece of the mesh; the root,
 // which holds the mesh, finds the elements around the peak deflection.
-void results_here(const Options& opt, const Mesh& mesh, const Part& p, Vec x, Vec b, bool post, double& wc,
-                  double& mxc) {
+// With `plotted`, the root receives the deflection and Mx of every node
+// for the pictures.
+void results_here(const Options& opt, const Mesh& mesh, const Part& p, Vec x, Vec b, bool post, Results* plotted,
+                  double& wc, double& mxc) {
     std::vector<int32_t> elems;
-    int32_t lo = p.first, hi = p.last;
-    for (int32_t e = 1; e <= mesh.nelem; ++e) {
-        const int32_t c = mesh.node(1, e);
-        if (c < p.first || c > p.last) continue;
-        elems.push_back(e);
-        for (int s = 1; s <= 8; ++s) lo = std::min(lo, mesh.node(s, e)), hi = std::max(hi, mesh.node(s, e));
-    }
-    const int32_t before = lo - 1;
-    const Mesh mine = piece(mesh, elems, before, hi, false);
+    for (int32_t e = 1; e <= mesh.nelem; ++e)
+        if (const int32_t c = mesh.node(1, e); c >= p.first && c <= p.last) elems.push_back(e);
+    const std::vector<int32_t> nodes = nodes_of(mesh, elems);
+    const Mesh mine = piece(mesh, elems, nodes, false);
     System sys;
     sys.ndof = kDof, sys.wdof = 1, sys.neq = mine.nnode * kDof;
-
-    // The displacements of the window.
     std::vector<double> u(std::size_t(sys.neq), 0.0);
-    {
-        Vec local = nullptr;
-        IS from = nullptr;
-        VecScatter scatter = nullptr;
-        SLAB_PETSC(VecCreateSeqWithArray(PETSC_COMM_SELF, 1, sys.neq, u.data(), &local));
-        SLAB_PETSC(ISCreateStride(PETSC_COMM_SELF, sys.neq, PetscInt(before) * kDof, 1, &from));
-        SLAB_PETSC(VecScatterCreate(x, from, local, nullptr, &scatter));
-        SLAB_PETSC(VecScatterBegin(scatter, x, local, INSERT_VALUES, SCATTER_FORWARD));
-        SLAB_PETSC(VecScatterEnd(scatter, x, local, INSERT_VALUES, SCATTER_FORWARD));
-        SLAB_PETSC(VecScatterDestroy(&scatter));
-        SLAB_PETSC(ISDestroy(&from));
-        SLAB_PETSC(VecDestroy(&local));
-    }
+    read_entries(x, equations_of(nodes, kDof), u.data());
 
     // The moments at the nodes: this rank's sums, completed across ranks.
     double db[16];
@@ -463,22 +539,11 @@ void results_here(const Options& opt, const Mesh& mesh, const Part& p, Vec x, Ve
     Vec whole = nullptr;
     SLAB_PETSC(VecCreateMPI(PETSC_COMM_WORLD, PetscInt(p.last - p.first + 1) * kSum, PETSC_DETERMINE, &whole));
     {
-        std::vector<PetscInt> at(sums.size());
-        std::iota(at.begin(), at.end(), PetscInt(before) * kSum);
+        const std::vector<PetscInt> at = equations_of(nodes, kSum);
         SLAB_PETSC(VecSetValues(whole, PetscInt(at.size()), at.data(), sums.data(), ADD_VALUES));
         SLAB_PETSC(VecAssemblyBegin(whole));
         SLAB_PETSC(VecAssemblyEnd(whole));
-        Vec local = nullptr;
-        IS from = nullptr;
-        VecScatter scatter = nullptr;
-        SLAB_PETSC(VecCreateSeqWithArray(PETSC_COMM_SELF, 1, PetscInt(sums.size()), sums.data(), &local));
-        SLAB_PETSC(ISCreateStride(PETSC_COMM_SELF, PetscInt(sums.size()), PetscInt(before) * kSum, 1, &from));
-        SLAB_PETSC(VecScatterCreate(whole, from, local, nullptr, &scatter));
-        SLAB_PETSC(VecScatterBegin(scatter, whole, local, INSERT_VALUES, SCATTER_FORWARD));
-        SLAB_PETSC(VecScatterEnd(scatter, whole, local, INSERT_VALUES, SCATTER_FORWARD));
-        SLAB_PETSC(VecScatterDestroy(&scatter));
-        SLAB_PETSC(ISDestroy(&from));
-        SLAB_PETSC(VecDestroy(&local));
+        read_entries(whole, at, sums.data());
     }
     Results r;
     r.mx.assign(mine.nnode + 1, 0.0), r.my.assign(mine.nnode + 1, 0.0), r.mxy.assign(mine.nnode + 1, 0.0);
@@ -486,44 +551,52 @@ void results_here(const Options& opt, const Mesh& mesh, const Part& p, Vec x, Ve
         const double* s = sums.data() + std::size_t(n - 1) * kSum;
         if (s[3] > 0.0) r.mx[n] = s[0] / s[3], r.my[n] = s[1] / s[3], r.mxy[n] = s[2] / s[3];
     }
+    // Mx of an owned node, from the completed sums.
+    const PetscScalar* sum = nullptr;
+    SLAB_PETSC(VecGetArrayRead(whole, &sum));
+    auto owned_mx = [&](int32_t n) {
+        const PetscScalar* s = sum + std::size_t(n - p.first) * kSum;
+        return s[3] > 0.0 ? s[0] / s[3] : 0.0;
+    };
 
     // The centre values, from the rank owning the element that holds it.
     int32_t elem = 0, centre = 0;
     float xi = 0.0f, eta = 0.0f;
     if (!locate(mesh, float(0.5 * opt.a), float(0.5 * opt.a), elem, xi, eta)) fail("no element holds the centre");
     {
-        const int holder = owner(mesh, mesh.node(1, elem));
+        const int holder = owner(mesh.node(1, elem));
         double values[3] = {0.0, 0.0, 0.0};
         if (rank == holder) {
-            const int32_t e = int32_t(std::lower_bound(elems.begin(), elems.end(), elem) - elems.begin()) + 1;
+            const int32_t e = position(elems, elem);
             float shp[40], best = 0;
             shape_functions(xi, eta, shp);
             for (int s = 1; s <= 8; ++s) {
                 const int32_t n = mine.node(s, e);
                 values[0] += shp[10 + s] * u[std::size_t(n - 1) * kDof], values[1] += shp[10 + s] * r.mx[n];
-                if (values[2] == 0.0 || shp[10 + s] > best) values[2] = n + before, best = shp[10 + s];
+                if (values[2] == 0.0 || shp[10 + s] > best) values[2] = nodes[n - 1], best = shp[10 + s];
             }
         }
         MPI_Bcast(values, 3, MPI_DOUBLE, holder, PETSC_COMM_WORLD);
         wc = values[0], mxc = values[1], centre = int32_t(values[2]);
     }
-    if (!post) {
-        SLAB_PETSC(VecDestroy(&whole));
-        return;
-    }
 
-    // Error estimate: the sum of the elements' errors and the worst element.
-    {
-        // The sum is a single-precision running sum over the elements in
-        // order, so the serial run's rounding is kept by passing it from
-        // rank to rank: each rank's elements follow the previous rank's.
+    if (post) {
+        // Error estimate: the sum of the elements' errors and the worst
+        // element. The sum is a single-precision running sum over the
+        // elements in order, so the serial run's rounding is kept by
+        // carrying it along that order: where the next element is another
+        // rank's, the running sum goes to that rank.
+        auto element_owner = [&](int32_t e) { return owner(mesh.node(1, e)); };
+        const Carry carry = [&](int32_t k, bool after, float& errt) {
+            const int32_t e = elems[k - 1];
+            if (!after && e > 1 && (k == 1 || elems[k - 2] != e - 1))
+                MPI_Recv(&errt, 1, MPI_FLOAT, element_owner(e - 1), 1, PETSC_COMM_WORLD, MPI_STATUS_IGNORE);
+            if (after && e < mesh.nelem && (k == mine.nelem || elems[k] != e + 1))
+                MPI_Send(&errt, 1, MPI_FLOAT, element_owner(e + 1), 1, PETSC_COMM_WORLD);
+        };
         std::vector<float> erre;
-        float errt = 0.0f;
-        if (rank > 0) MPI_Recv(&errt, 1, MPI_FLOAT, rank - 1, 1, PETSC_COMM_WORLD, MPI_STATUS_IGNORE);
-        errt = error_estimate(opt, mine, sys, u, r, erre, errt);
-        if (rank + 1 < ranks) MPI_Send(&errt, 1, MPI_FLOAT, rank + 1, 1, PETSC_COMM_WORLD);
-        float total = errt;
-        MPI_Bcast(&total, 1, MPI_FLOAT, ranks - 1, PETSC_COMM_WORLD);
+        float total = error_estimate(opt, mine, sys, u, r, erre, carry);
+        MPI_Bcast(&total, 1, MPI_FLOAT, element_owner(mesh.nelem), PETSC_COMM_WORLD);
         struct {
             float error;
             int element;
@@ -541,30 +614,23 @@ void results_here(const Options& opt, const Mesh& mesh, const Part& p, Vec x, Ve
                         0.5 * (mesh.x(mesh.node(1, w)) + mesh.x(mesh.node(5, w))),
                         0.5 * (mesh.y(mesh.node(1, w)) + mesh.y(mesh.node(5, w))));
         }
-    }
 
-    // Mx in a net of radius a/10 around the centre node, on the piece of
-    // the mesh near it, with the moments of its nodes from their owners.
-    {
+        // Mx in a net of radius a/10 around the centre node, on the piece
+        // of the mesh near it, with the moments of its nodes from their
+        // owners.
         const float radius = float(0.1 * opt.a);
         const double side = opt.a / std::sqrt(double(mesh.nelem));
-        int32_t nlo = 0, nhi = 0;
-        const std::vector<int32_t> near = elements_near(mesh, centre, radius + 2.0 * side, nlo, nhi);
-        const int host = owner(mesh, centre);
-        std::vector<double> mx(std::size_t(nhi - nlo + 1), 0.0), got(rank == host ? mx.size() : 0);
-        const PetscScalar* v = nullptr;
-        SLAB_PETSC(VecGetArrayRead(whole, &v));
-        for (int32_t n = std::max(nlo, p.first); n <= std::min(nhi, p.last); ++n) {
-            const PetscScalar* s = v + std::size_t(n - p.first) * kSum;
-            if (s[3] > 0.0) mx[n - nlo] = s[0] / s[3];
-        }
-        SLAB_PETSC(VecRestoreArrayRead(whole, &v));
+        const std::vector<int32_t> near = elements_near(mesh, centre, radius + 2.0 * side), around = nodes_of(mesh, near);
+        const int host = owner(centre);
+        std::vector<double> mx(around.size(), 0.0), got(rank == host ? mx.size() : 0);
+        for (std::size_t k = 0; k < around.size(); ++k)
+            if (owner(around[k]) == rank) mx[k] = owned_mx(around[k]);
         MPI_Reduce(mx.data(), got.data(), int(mx.size()), MPI_DOUBLE, MPI_SUM, host, PETSC_COMM_WORLD);
         float net[4] = {0, 0, 0, 0};  // peak, high, low, mean
         if (rank == host) {
-            Mesh m = piece(mesh, near, nlo - 1, nhi, true);
+            Mesh m = piece(mesh, near, around, true);
             const int32_t nnode = m.nnode, nelem = m.nelem, ldres = 3 * nnode, icase = 1, icomp = 0, ncomp = 3,
-                          ldmem = 50, at = centre - (nlo - 1);
+                          ldmem = 50, at = position(around, centre);
             std::vector<float> res(std::size_t(ldres + 1) * 2, 0.0f);
             for (int32_t n = 1; n <= nnode; ++n) res[(1 + 3 * (n - 1)) + std::size_t(ldres + 1)] = float(got[n - 1]);
             CASTNETFMDOTNET(&net[0], res.data(), &icase, &icomp, &ncomp, &nnode, m.xyz.data(), &radius, &at, &net[1],
@@ -574,32 +640,40 @@ void results_here(const Options& opt, const Mesh& mesh, const Part& p, Vec x, Ve
             if (rank == host) MPI_Send(net, 4, MPI_FLOAT, 0, 0, PETSC_COMM_WORLD);
             if (rank == 0) MPI_Recv(net, 4, MPI_FLOAT, host, 0, PETSC_COMM_WORLD, MPI_STATUS_IGNORE);
         }
-        const double s = opt.load == Load::uniform ? opt.q * opt.a * opt.a : opt.P;
+        const double scale = opt.load == Load::uniform ? opt.q * opt.a * opt.a : opt.P;
         if (rank == 0)
             std::printf("  Mx within a/10 of the centre (CASTNETFMDOTNET): %.5f to %.5f, mean %.5f, peak %.5f (x %s)\n",
-                        net[2] / s, net[1] / s, net[3] / s, net[0] / s, opt.load == Load::uniform ? "q a^2" : "P");
+                        net[2] / scale, net[1] / scale, net[3] / scale, net[0] / scale,
+                        opt.load == Load::uniform ? "q a^2" : "P");
     }
+
+    // The deflection and Mx of the owned nodes, in node order.
+    const int32_t own = p.last - p.first + 1;
+    std::vector<double> w(own), mxs(own);
+    {
+        const PetscScalar* v = nullptr;
+        SLAB_PETSC(VecGetArrayRead(x, &v));
+        for (int32_t k = 0; k < own; ++k) w[k] = v[std::size_t(k) * kDof], mxs[k] = owned_mx(p.first + k);
+        SLAB_PETSC(VecRestoreArrayRead(x, &v));
+    }
+    SLAB_PETSC(VecRestoreArrayRead(whole, &sum));
     SLAB_PETSC(VecDestroy(&whole));
 
-    // The peak deflection, the first largest in node order of each rank,
-    // and the elements and nodes within one element side of it.
-    {
+    if (post) {
+        // The peak deflection, the first largest in node order of each
+        // rank, and the elements and nodes within one element side of it.
         struct {
             double w;
             int node;
         } peak{-1.0, 0}, top{};
-        const PetscScalar* v = nullptr;
-        SLAB_PETSC(VecGetArrayRead(x, &v));
-        for (int32_t n = p.first; n <= p.last; ++n)
-            if (std::fabs(v[std::size_t(n - p.first) * kDof]) > peak.w) peak = {std::fabs(v[std::size_t(n - p.first) * kDof]), n};
-        SLAB_PETSC(VecRestoreArrayRead(x, &v));
+        for (int32_t k = 0; k < own; ++k)
+            if (std::fabs(w[k]) > peak.w) peak = {std::fabs(w[k]), p.first + k};
         MPI_Reduce(&peak, &top, 1, MPI_DOUBLE_INT, MPI_MAXLOC, 0, PETSC_COMM_WORLD);
         if (rank == 0) {
             const float rad = float(1.001 * opt.a / std::sqrt(double(mesh.nelem)));
-            int32_t nlo = 0, nhi = 0;
-            const std::vector<int32_t> near = elements_near(mesh, top.node, 3.0 * rad, nlo, nhi);
-            const Mesh m = piece(mesh, near, nlo - 1, nhi, false);
-            const int32_t nelem = m.nelem, nnode = m.nnode, igrp = 0, at = top.node - (nlo - 1);
+            const std::vector<int32_t> near = elements_near(mesh, top.node, 3.0 * rad), around = nodes_of(mesh, near);
+            const Mesh m = piece(mesh, near, around, false);
+            const int32_t nelem = m.nelem, nnode = m.nnode, igrp = 0, at = position(around, top.node);
             std::vector<int32_t> memtab(std::size_t(nelem + 1) * 3, 0), memgrp(nelem + 1, 1), mfnd(nelem + 1, 0),
                 nfnd(nnode + 1, 0);
             for (int32_t e = 1; e <= nelem; ++e)
@@ -612,6 +686,18 @@ void results_here(const Options& opt, const Mesh& mesh, const Part& p, Vec x, Ve
                         top.node, mesh.x(top.node), mesh.y(top.node), nmfnd, nnfnd);
         }
     }
+
+    // The pictures: the whole deflection and Mx, on the root only.
+    if (plotted) {
+        std::vector<int> counts(ranks), displs(ranks);
+        for (int k = 0; k < ranks; ++k) counts[k] = starts[k + 1] - starts[k], displs[k] = starts[k];
+        const bool root = rank == 0;
+        plotted->w.assign(root ? mesh.nnode + 1 : 0, 0.0), plotted->mx.assign(root ? mesh.nnode + 1 : 0, 0.0);
+        MPI_Gatherv(w.data(), own, MPI_DOUBLE, plotted->w.data(), counts.data(), displs.data(), MPI_DOUBLE, 0,
+                    PETSC_COMM_WORLD);
+        MPI_Gatherv(mxs.data(), own, MPI_DOUBLE, plotted->mx.data(), counts.data(), displs.data(), MPI_DOUBLE, 0,
+                    PETSC_COMM_WORLD);
+    }
 }
 
 bool analyse_here(const Options& opt, int n, bool timed, int32_t& nfree, double& wc, double& mxc) {
@@ -619,10 +705,22 @@ bool analyse_here(const Options& opt, int n, bool timed, int32_t& nfree, double&
     Mesh mesh = make_mesh(opt.a, n);
     stage.end("mesh");
     number_in_strips(mesh, opt.a);
+    const std::string divided = partition_nodes(mesh);
     stage.end("node numbering");
 
     Part part;
     make_part(mesh, part);
+    {
+        // How evenly the nodes are shared, and how many of other ranks'
+        // nodes each rank's elements reach.
+        const int mine[3] = {part.last - part.first + 1, -(part.last - part.first + 1),
+                             part.nnode - (part.last - part.first + 1)};
+        int most[3] = {0, 0, 0}, halo = 0;
+        MPI_Reduce(mine, most, 2, MPI_INT, MPI_MAX, 0, PETSC_COMM_WORLD);
+        MPI_Reduce(&mine[2], &halo, 1, MPI_INT, MPI_SUM, 0, PETSC_COMM_WORLD);
+        std::printf("  nodes divided by %s: %d to %d per rank, %d nodes of other ranks reached\n", divided.c_str(),
+                    -most[1], most[0], halo);
+    }
     form_elements(opt, mesh, part);
     form_loads_and_restraints(opt, mesh, part);
     stage.end("element matrices");
@@ -650,12 +748,12 @@ bool analyse_here(const Options& opt, int n, bool timed, int32_t& nfree, double&
         SLAB_PETSC(VecGetArray(b, &v));
         for (int32_t node = part.first; node <= part.last; ++node)
             for (int d = 0; d < kDof; ++d)
-                v[(node - part.first) * kDof + d] = part.load[std::size_t(node - part.offset - 1) * kDof + d + 1];
+                v[(node - part.first) * kDof + d] = part.load[std::size_t(part.local_node(node) - 1) * kDof + d + 1];
         SLAB_PETSC(VecRestoreArray(b, &v));
     }
     int32_t free_here = 0;
     for (int32_t node = part.first; node <= part.last; ++node)
-        for (int d = 1; d <= kDof; ++d) free_here += part.ifix[std::size_t(node - part.offset - 1) * kDof + d] == 0;
+        for (int d = 1; d <= kDof; ++d) free_here += part.ifix[std::size_t(part.local_node(node) - 1) * kDof + d] == 0;
     MPI_Allreduce(&free_here, &nfree, 1, MPI_INT32_T, MPI_SUM, PETSC_COMM_WORLD);
     stage.end("assembly");
     std::printf("  %d rank%s: %.0f upper-triangle entries preallocated from the rows, %.0f mallocs, %.0f unneeded\n", ranks,
@@ -694,7 +792,7 @@ bool analyse_here(const Options& opt, int n, bool timed, int32_t& nfree, double&
     // local connectivity, loads and restraints go, and so do the
     // node-to-element records (the largest part of the replicated mesh),
     // which are rebuilt for the results in a fraction of a second.
-    Part{}.elems.swap(part.elems), Part{}.ielnod.swap(part.ielnod);
+    Part{}.elems.swap(part.elems), Part{}.ielnod.swap(part.ielnod), Part{}.nodes.swap(part.nodes);
     Part{}.ifix.swap(part.ifix), Part{}.load.swap(part.load);
     std::vector<int32_t>().swap(mesh.nodmem);
     release_freed_memory();
@@ -746,11 +844,19 @@ bool analyse_here(const Options& opt, int n, bool timed, int32_t& nfree, double&
     SLAB_PETSC(MatDestroy(&A));
     release_freed_memory();
     make_records(mesh);
-    results_here(opt, mesh, part, x, b, timed || n == opt.meshes.back(), wc, mxc);
+    const bool last = n == opt.meshes.back(), draw = last && !opt.outdir.empty();
+    Results plotted;
+    results_here(opt, mesh, part, x, b, timed || last, draw ? &plotted : nullptr, wc, mxc);
     stage.end("results");
     SLAB_PETSC(VecDestroy(&x));
     SLAB_PETSC(VecDestroy(&b));
-    return true;
+    bool drawn = true;
+    if (draw && rank == 0) {
+        std::string error;
+        if (!(drawn = write_svgs(opt, mesh, plotted, n, error))) std::fprintf(stderr, "slab: %s\n", error.c_str());
+    }
+    if (draw) stage.end("pictures");
+    return drawn;
 }
 
 // PETSc is shown only its own options (single-dash names and their

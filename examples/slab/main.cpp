@@ -237,7 +237,7 @@ int main(int argc, char** argv) {
                 if (!analyse(opt, n, timed, row, wscale, mscale)) return 1;
             } else {
                 double wc = 0.0, mxc = 0.0;
-                if (!distributed->analyse(opt, n, timed, row.nfree, wc, mxc)) return 1;
+                if (!distributed->analyse(opt, n, timed, row.nfree, wc, mxc)) pictures_failed = true;
                 row.n = n, row.w = wc * wscale, row.mx = mxc * mscale;
             }
         } catch (const std::exception& e) {
@@ -270,7 +270,7 @@ int main(int argc, char** argv) {
         std::printf("peak memory %.1f MiB on the largest rank\n", peak);
         std::fflush(stdout);
         distributed->finish();
-        return 0;
+        return pictures_failed ? 1 : 0;
     }
     std::printf("peak memory %.1f MiB\n", peak_memory_mib());
     return pictures_failed ? 1 : 0;

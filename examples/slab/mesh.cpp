@@ -103,14 +103,14 @@ std::vector<int32_t> fill_reducing_order(const Mesh& m) {
     return order;
 }
 
-// Node-to-element records of the current connectivity.
-void incidence(Mesh& m) {
+}  // namespace
+
+void make_records(Mesh& m) {
     m.nodmem.assign(std::size_t(kRecord) * (m.nnode + 1), 0);
     int32_t maxmem = 0;
     FEMEMBERSTONODES1DOTNET(nullptr, &m.nelem, &maxmem, m.nodmem.data(), m.ielnod.data());
 }
 
-// Renumbers the nodes: old node n becomes newnum[n] (0 drops it).
 void renumber(Mesh& m, const std::vector<int32_t>& newnum, int32_t count) {
     std::vector<float> xyz(3 * std::size_t(count + 1), 0.0f);
     for (int32_t n = 1; n <= m.nnode; ++n)
@@ -120,9 +120,8 @@ void renumber(Mesh& m, const std::vector<int32_t>& newnum, int32_t count) {
         for (int s = 1; s <= 8; ++s) m.node(s, e) = newnum[m.node(s, e)];
     m.xyz.swap(xyz);
     m.nnode = count;
+    make_records(m);
 }
-
-}  // namespace
 
 Mesh make_mesh(double a, int n) {
     Mesh m;
@@ -166,7 +165,7 @@ Mesh make_mesh(double a, int n) {
         }
 
     // Merge: duplicate mid-sides, then coincident corners on the incidence.
-    incidence(m);
+    make_records(m);
     std::vector<int32_t> idel(m.nnode + 1, 0);
     std::vector<float> xyp(3 * std::size_t(m.nnode + 1), 0.0f);  // rows -, x, y
     std::copy_n(m.xyz.begin(), 2 * std::size_t(m.nnode + 1), xyp.begin() + (m.nnode + 1));
@@ -183,8 +182,6 @@ Mesh make_mesh(double a, int n) {
     renumber(m, newnum, live);
     if (live != (2 * n + 1) * (2 * n + 1) - n * n)
         throw std::runtime_error("node merging left " + std::to_string(live) + " nodes");
-
-    incidence(m);
     return m;
 }
 
@@ -194,7 +191,6 @@ void order_nodes(Mesh& m) {
     std::vector<int32_t> newnum(m.nnode + 1, 0);
     for (int32_t k = 0; k < m.nnode; ++k) newnum[order[k] + 1] = k + 1;
     renumber(m, newnum, m.nnode);
-    incidence(m);
 }
 
 }  // namespace slab

@@ -38,7 +38,8 @@ void print_usage(const char* program) {
         "  --petsc               distributed mode, run as mpirun -np P %s --petsc [options]: PETSc\n"
         "                        over MPI, compressed rows of plate unknowns on the double route,\n"
         "                        MUMPS Cholesky unless PETSc options (-ksp_type cg -pc_type gamg)\n"
-        "                        say otherwise; no pictures\n"
+        "                        say otherwise; -mat_mumps_icntl_22 1 keeps the factor on disk,\n"
+        "                        -mat_partitioning_type current divides the nodes in strips\n"
         "  --help                this text\n",
         program, program);
 }

@@ -89,7 +89,7 @@ Results recover(const Options& opt, const Mesh& mesh, const System& sys, const s
 }
 
 float error_estimate(const Options& opt, const Mesh& mesh, const System& sys, const std::vector<double>& u,
-                     const Results& r, std::vector<float>& erre, float errt) {
+                     const Results& r, std::vector<float>& erre, const Carry& carry) {
     const int32_t nelem = mesh.nelem, nnode = mesh.nnode;
     // The element's own moments at its nodes against the nodal averages, in
     // the energy of the bending rigidities.
@@ -123,8 +123,9 @@ float error_estimate(const Options& opt, const Mesh& mesh, const System& sys, co
                 wdet[(3 * (i - 1) + j) + 10 * std::size_t(e)] = wei[i] * wei[j] * detj;
             }
     }
-    float sigs[36];
+    float sigs[36], errt = 0.0f;
     for (int32_t e = 1; e <= nelem; ++e) {
+        if (carry) carry(e, false, errt);
         for (int k = 1; k <= 8; ++k) {
             const int32_t n = mesh.node(k, e);
             sigs[1 + 4 * k] = float(r.mx[n]), sigs[2 + 4 * k] = float(r.my[n]), sigs[3 + 4 * k] = float(r.mxy[n]);
@@ -132,6 +133,7 @@ float error_estimate(const Options& opt, const Mesh& mesh, const System& sys, co
         STERRORDLLDOTNET(sige.data(), &e, ietyp.data(), &nelem, gpos, nullptr, &nnodt, tnode.data(), play.data(),
                          zlay.data(), &nlay, mesh.ielnod.data(), errn.data(), &errt, prop.data(), wdet.data(), sigs,
                          erre.data(), &icsig, &nsrow, nullptr, &nmat, &imat);
+        if (carry) carry(e, true, errt);
     }
     return errt;
 }

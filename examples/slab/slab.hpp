@@ -5,6 +5,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
@@ -61,6 +62,11 @@ struct Mesh {
 
 // Meshes the square of side a with n x n elements.
 Mesh make_mesh(double a, int n);
+// The node-to-element records of the connectivity as it is numbered now.
+void make_records(Mesh& mesh);
+// Renumbers the nodes: node n becomes newnum[n] (0 drops it), leaving
+// `count` nodes, and rebuilds the node-to-element records.
+void renumber(Mesh& mesh, const std::vector<int32_t>& newnum, int32_t count);
 // Numbers the nodes in a fill-reducing order of the node graph, so that the
 // unknowns of a node stay together and the solver keeps the natural order.
 void order_nodes(Mesh& mesh);
@@ -108,11 +114,14 @@ void bending_rigidities(const Options& opt, double* dbend);
 void element_moments(const Mesh& mesh, const System& sys, const std::vector<double>& u, const double* db,
                      int32_t e, double m[9][3]);
 // The error estimate of the moments over every element of the mesh, with
-// the nodal moments of r: returns the running sum of the elements' errors
-// continued from errt, and each element's in erre (from 1). A distributed
-// run calls it on the mesh of the elements a rank owns.
+// the nodal moments of r: returns the running sum of the elements' errors,
+// and each element's in erre (from 1). The running sum, from 0, passes
+// through `carry` before (after = false) and after each element e: a
+// distributed run calls it on the mesh of the elements a rank owns and
+// carries the sum from rank to rank in the serial element order.
+using Carry = std::function<void(int32_t e, bool after, float& errt)>;
 float error_estimate(const Options& opt, const Mesh& mesh, const System& sys, const std::vector<double>& u,
-                     const Results& r, std::vector<float>& erre, float errt = 0.0f);
+                     const Results& r, std::vector<float>& erre, const Carry& carry = {});
 
 // Contour plots of the deflection and of Mx.
 bool write_svgs(const Options& opt, const Mesh& mesh, const Results& r, int n, std::string& error);
@@ -144,7 +153,9 @@ double flexural_rigidity(const Options& opt);  // D = E h^3 / 12 (1 - nu^2)
 // and MPI. start() starts MPI and PETSc, which reads its own single-dash
 // options from the command line; every rank then calls analyse() for each
 // mesh, peak_memory_mib() (the largest rank's peak) and finish(). The
-// centre values and counts are valid on the root rank, the one that prints.
+// centre values and counts are valid on the root rank, the one that prints
+// and draws; analyse() returns false there when a picture could not be
+// written (other failures stop every rank).
 struct DistributedMode {
     bool (*start)(int* argc, char*** argv);
     bool (*root)();
