@@ -2,10 +2,12 @@
 #   cmake -DSLAB=<slab program> -DMPIEXEC=<mpirun> -DMPIFLAGS=<its flags>
 #         -DDIVISION=<the partitioner expected: ptscotch, parmetis or strips> -P check_petsc.cmake
 #
-# On two ranks, with the nodes divided by PETSc's graph partitioner and in
-# strips (with the factor out of core), the 8x8 and 16x16 centre deflection and moment agree with the
+# On two ranks the 8x8 and 16x16 centre deflection and moment agree with the
 # serial run's to 1e-9 relative (the two solvers round differently, the
-# matrices are the same), and the matrix was filled without reallocation.
+# matrices are the same), and the matrix was filled without reallocation:
+# once with the nodes divided by PETSc's graph partitioner, and once in
+# strips with the compatible single-precision routines, six shell unknowns
+# per node, the point load and the factor out of core.
 # The post-processing of the 16x16 mesh, which the ranks run on their own
 # elements and the piece of the mesh near the centre, prints what the serial
 # run prints (the peak's node number aside: the two modes number the nodes
@@ -15,11 +17,16 @@
 set(out "${CMAKE_CURRENT_BINARY_DIR}/slab_petsc_check")
 file(REMOVE_RECURSE "${out}")
 file(MAKE_DIRECTORY "${out}/serial" "${out}/graph")
-execute_process(COMMAND "${SLAB}" --mesh 8,16 --svg "${out}/serial" --no-compare --digits
-  RESULT_VARIABLE rc OUTPUT_VARIABLE serial ERROR_VARIABLE err)
-if(NOT rc EQUAL 0)
-  message(FATAL_ERROR "serial slab failed (${rc}):\n${serial}\n${err}")
-endif()
+
+# Runs the serial program.
+function(run_serial result)
+  execute_process(COMMAND "${SLAB}" --no-compare --digits ${ARGN}
+    RESULT_VARIABLE rc OUTPUT_VARIABLE text ERROR_VARIABLE err)
+  if(NOT rc EQUAL 0)
+    message(FATAL_ERROR "slab ${ARGN} failed (${rc}):\n${text}\n${err}")
+  endif()
+  set(${result} "${text}" PARENT_SCOPE)
+endfunction()
 
 # Runs the distributed mode on 2 ranks; checks the division and the fill.
 function(run_distributed result division)
@@ -81,7 +88,7 @@ endfunction()
 
 # The centre values and the post-processing lines of a distributed run
 # against the serial run's.
-function(compare distributed how)
+function(compare distributed serial how)
   foreach(n IN ITEMS 8 16)
     set(line "centre ${n}: ([-0-9.e+]+) ([-0-9.e+]+)\n")
     if(NOT serial MATCHES "${line}")
@@ -114,12 +121,17 @@ function(compare distributed how)
   endforeach()
 endfunction()
 
+run_serial(serial --mesh 8,16 --svg "${out}/serial")
 run_distributed(graph "${DIVISION}" --mesh 8,16 --svg "${out}/graph" --digits)
-compare("${graph}" "graph partition")
-# Strips, and the factor out of core in the test's own directory.
+compare("${graph}" "${serial}" "graph partition")
+# Strips, the compatible routines with shell unknowns under the point load,
+# and the factor out of core in the test's own directory.
 set(ENV{MUMPS_OOC_TMPDIR} "${out}")
-run_distributed(strips "strips" --mesh 8,16 --no-svg --digits -mat_partitioning_type current -mat_mumps_icntl_22 1)
-compare("${strips}" "strips, factor out of core")
+set(model --route compatible --dofs shell --load point)
+run_serial(serial --mesh 8,16 --no-svg ${model})
+run_distributed(strips "strips" --mesh 8,16 --no-svg --digits ${model} -mat_partitioning_type current
+                -mat_mumps_icntl_22 1)
+compare("${strips}" "${serial}" "strips, compatible routines, shell unknowns, point load, factor out of core")
 foreach(picture IN ITEMS slab_ss_deflection.svg slab_ss_mx.svg)
   execute_process(COMMAND "${CMAKE_COMMAND}" -E compare_files "${out}/serial/${picture}" "${out}/graph/${picture}"
     RESULT_VARIABLE differ)

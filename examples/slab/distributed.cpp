@@ -4,10 +4,11 @@
 // Each rank owns a contiguous block of nodes and with it their equations.
 // PETSc's graph partitioner divides the node graph where it has one, and
 // the nodes are renumbered so that each part is a block; without one, the
-// row-by-row numbering is cut into strips. A rank forms the element
-// matrices of the elements touching its nodes, gathers the node matrix of
-// each of its nodes and appends exactly its own rows; the rows go to PETSc
-// as they are, with exact preallocation.
+// row-by-row numbering is cut into strips. A rank takes the piece of the
+// mesh touching its nodes, runs the serial program's model on it (element
+// matrices, loads, restraints), gathers the node matrix of each of its
+// nodes and appends exactly its own rows; the rows go to PETSc as they
+// are, with exact preallocation.
 //
 // What stays replicated on every rank is the mesh (connectivity,
 // coordinates, node-to-element records) and its numbering: the panel is
@@ -50,8 +51,6 @@ namespace slab {
 
 namespace {
 
-constexpr int32_t kRecord = 51;  // node-to-element record: count and 50 elements
-constexpr int32_t kDof = 3;      // plate unknowns per node: w, theta2 ~ dw/dy, theta3 ~ -dw/dx
 
 int rank = 0, ranks = 1;
 std::string solver_description;
@@ -218,27 +217,19 @@ std::string partition_nodes(Mesh& mesh) {
     return name;
 }
 
-// One rank's share of the model, in local node numbers: the nodes that the
-// rank's elements touch, in ascending global order, numbered from 1.
-// Local equations are numbered by local node as global ones are by node,
-// and both orders agree, so the upper triangle stays the upper triangle.
+// One rank's share of the mesh: the nodes it owns, the elements touching
+// them and those elements' nodes, which it numbers from 1 in ascending
+// global order. Local equations are numbered by local node as global ones
+// are by node, and both orders agree, so the upper triangle stays the upper
+// triangle.
 struct Part {
     int32_t first = 0, last = 0;  // owned nodes (global numbers)
-    std::vector<int32_t> nodes;   // global numbers of the local nodes, ascending
-    int32_t nnode = 0;
     std::vector<int32_t> elems;   // global numbers of the local elements, ascending
-    int32_t nelem = 0;
-    std::vector<int32_t> ielnod;  // local connectivity, slot a of local element k at a * (nelem + 1) + k
-    std::vector<double> kd;       // element matrices, 25 x 25 each, local element k at k - 1
-    std::vector<int32_t> ifix;    // restraint flags by local equation from 1
-    std::vector<double> load;     // loads by local equation from 1
+    std::vector<int32_t> nodes;   // global numbers of the local nodes, ascending
     int32_t local(int32_t global_elem) const { return position(elems, global_elem); }
     int32_t local_node(int32_t global_node) const { return position(nodes, global_node); }
     bool owns_elem(int32_t global_elem) const { return std::binary_search(elems.begin(), elems.end(), global_elem); }
 };
-
-constexpr int32_t kLdes = 8 * kDof;
-constexpr std::size_t kStride = std::size_t(kLdes + 1) * (kLdes + 1);
 
 void make_part(const Mesh& mesh, Part& p) {
     p.first = starts[rank];
@@ -249,185 +240,48 @@ void make_part(const Mesh& mesh, Part& p) {
     }
     std::sort(p.elems.begin(), p.elems.end());
     p.elems.erase(std::unique(p.elems.begin(), p.elems.end()), p.elems.end());
-    p.nelem = int32_t(p.elems.size());
     p.nodes = nodes_of(mesh, p.elems);
-    p.nnode = int32_t(p.nodes.size());
-    p.ielnod.assign(9 * std::size_t(p.nelem + 1), 0);
-    for (int32_t k = 1; k <= p.nelem; ++k)
-        for (int s = 1; s <= 8; ++s)
-            p.ielnod[std::size_t(s) * (p.nelem + 1) + k] = p.local_node(mesh.node(s, p.elems[k - 1]));
 }
 
-// The plate's element matrices on the double route, as the serial program
-// forms them: bending (3 x 3 points) and transverse shear (2 x 2) into
-// six-unknown node blocks, the plate triple selected, stored full.
-void form_elements(const Options& opt, const Mesh& mesh, Part& p) {
-    const int32_t ld6 = 48, ndofn = 6, ioff = 2, ntype = 1, nnode = 8, iel = 1, one = 1, nb = 3, ns = 2, none = 0;
-    double gpos3[12] = {}, gwei3[12] = {}, gpos2[12] = {}, gwei2[12] = {}, prop[36] = {}, tnode[20] = {};
-    const double g3 = std::sqrt(0.6), g2 = 1.0 / std::sqrt(3.0);
-    const double p3[3] = {-g3, 0.0, g3}, w3[3] = {5.0 / 9.0, 8.0 / 9.0, 5.0 / 9.0};
-    for (int i = 1; i <= 3; ++i) gpos3[1 + 3 * i] = p3[i - 1], gwei3[1 + 3 * i] = w3[i - 1];
-    gpos2[4] = -g2, gpos2[7] = g2, gwei2[4] = gwei2[7] = 1.0;
-    std::vector<double> play, zlay;
-    layer_tables(opt, play, zlay);
-    const int32_t nlay = opt.layers;
-    for (int c = 0; c <= 17; ++c) prop[1 + 2 * c] = play[1 + std::size_t(nlay + 1) * c];
-    for (int k = 1; k <= 9; ++k) tnode[1 + 2 * k] = opt.h;
-
-    std::vector<double> k6(49 * 49), sel(49 * 49);
-    const int32_t idof[4] = {0, 3, 4, 5}, nsel = 3;
-    double xy[30] = {};
-    p.kd.assign(kStride * p.nelem, 0.0);
-    for (int32_t k = 1; k <= p.nelem; ++k) {
-        const int32_t e = p.elems[k - 1];
-        for (int s = 1; s <= 8; ++s) {
-            const int32_t n = mesh.node(s, e);
-            xy[s + 10] = mesh.x(n), xy[s + 20] = mesh.y(n);
-        }
-        std::fill(k6.begin(), k6.end(), 0.0);
-        int32_t ngpt = 0, ngpt2 = 0;
-        double detj = 0;
-        shellfe_plate_bending_stiffness(&nb, &nb, &ntype, gpos3, &ngpt, &iel, &ngpt2, nullptr, &nnode, xy, tnode,
-                                        nullptr, &one, prop, &ioff, k6.data(), gwei3, nullptr, nullptr, &one, &one,
-                                        &ld6, &ndofn, &nnode, play.data(), zlay.data(), &nlay, &detj, &none);
-        if (!(detj > 0)) fail("element " + std::to_string(e) + " is degenerate");
-        shellfe_plate_shear_stiffness(&ns, &ns, &ntype, gpos2, &ngpt, &iel, &nnode, xy, tnode, nullptr, &one, prop,
-                                      &ioff, k6.data(), gwei2, nullptr, &one, &one, &ld6, &ndofn, &nnode, play.data(),
-                                      zlay.data(), &nlay, &detj, &none);
-        for (int q = 1; q <= 48; ++q)
-            for (int r = q + 1; r <= 48; ++r) k6[q + 49 * r] = k6[r + 49 * q];
-        shellfe_select_dofs(&nnode, &nsel, &ld6, k6.data(), sel.data(), idof);
-        double* out = p.kd.data() + kStride * (k - 1);
-        for (int b = 0; b < 8; ++b)
-            for (int q = 1; q <= 3; ++q)
-                for (int a = 0; a < 8; ++a)
-                    for (int r = 1; r <= 3; ++r) out[(3 * b + q) + 25 * (3 * a + r)] = sel[(6 * b + q) + 49 * (6 * a + r)];
-    }
-}
-
-// Consistent loads of the local elements and the restraints of the local
-// nodes, as the serial program forms them. An owned node has all its
-// elements local, so its load is complete; the neighbours' partial loads
-// are never read.
-void form_loads_and_restraints(const Options& opt, const Mesh& mesh, Part& p) {
-    const int32_t nenod = 8, ldnf = p.nnode, six = 6;
-    std::vector<int32_t> numnod(p.nnode + 1);
-    std::iota(numnod.begin(), numnod.end(), 0);
-    std::vector<double> gload(6 * std::size_t(p.nnode) + 1, 0.0);
-    std::vector<float> nodfrc(7 * std::size_t(p.nnode + 1), 0.0f);
-    float eload[49];
-    auto scatter = [&](int32_t k) {
-        FELOADTOGLOADDOTNET01(&nenod, p.ielnod.data(), &p.nelem, numnod.data(), &ldnf, &six, gload.data(), eload,
-                              nodfrc.data(), nullptr, &k);
-    };
-    if (opt.load == Load::uniform) {
-        for (int32_t k = 1; k <= p.nelem; ++k) {
-            uniform_element_load(opt, mesh, p.elems[k - 1], eload);
-            scatter(k);
-        }
-    } else {
-        const int32_t elem = point_element_load(opt, mesh, eload);
-        if (p.owns_elem(elem)) scatter(p.local(elem));
-    }
-    const std::size_t neq = std::size_t(p.nnode) * kDof;
-    p.load.assign(neq + 1, 0.0);
-    p.ifix.assign(neq + 1, 0);
-    for (int32_t l = 1; l <= p.nnode; ++l) {
-        p.load[std::size_t(l - 1) * kDof + 1] = gload[6 * std::size_t(l - 1) + 3];
-        restrain_node(opt, mesh, p.nodes[l - 1], p.ifix.data() + std::size_t(l - 1) * kDof, 1);
-    }
-    for (std::size_t k = 1; k <= neq; ++k)
-        if (p.ifix[k]) p.load[k] = 0.0;
-}
-
-// The owned rows of the upper triangle in compressed rows counted from 0,
-// columns as global equations from 0: per owned node, gather the node
-// matrix from its elements and append its rows; a restrained equation's row
-// is rolled back and given a unit diagonal, as in the serial program.
+// The owned rows of the upper triangle, columns as global equations, all
+// counted from 0, as PETSc takes them.
 struct Rows {
     std::vector<PetscInt> ptr, col;
-    std::vector<double> val;
 };
 
-void assemble_rows(const Mesh& mesh, Part& p, Rows& rows) {
-    const int32_t nd = kDof, ldes = kLdes, nenod = 8, ldsf = p.nnode;
-    std::vector<int32_t> lists, at(p.last - p.first + 2), near;
-    std::size_t capacity = 0;
-    int32_t widest = 0;
-    for (int32_t n = p.first; n <= p.last; ++n) {
-        near.clear();
-        const int32_t* rec = mesh.record(n);
-        for (int32_t k = 1; k <= rec[0]; ++k)
-            for (int s = 1; s <= 8; ++s)
-                if (const int32_t m = mesh.node(s, rec[k]); m >= n) near.push_back(p.local_node(m));
-        std::sort(near.begin(), near.end());
-        near.erase(std::unique(near.begin(), near.end()), near.end());
-        at[n - p.first] = int32_t(lists.size());
-        lists.push_back(int32_t(near.size()));
-        lists.insert(lists.end(), near.begin(), near.end());
-        widest = std::max(widest, int32_t(near.size()));
-        capacity += near.size() * nd * nd;
-    }
-    const int32_t ldnm = widest * nd;
-    std::vector<double> snode(std::size_t(nd + 1) * (ldnm + 1), 0.0), spring(std::size_t(nd) * p.nnode + nd + 1);
-    const std::size_t neq = std::size_t(p.nnode) * nd;
-    std::vector<double> upres(neq + 1, 0.0), fload(neq + 1, 0.0);
-    std::vector<int32_t> locnod(p.nnode + 1, 0), ivisit(p.nnode + 1, -1), isprf(std::size_t(nd) * (p.nnode + 1));
-    std::vector<int32_t> idofmap(nd + 1);
-    std::iota(idofmap.begin(), idofmap.end(), 0);
-    const int32_t nrows_owned = (p.last - p.first + 1) * nd;
-    std::vector<int32_t> rowptr(nrows_owned + 1, 0), col(capacity, 0);
-    rows.val.assign(capacity, 0.0);
-    int32_t nnz = 0, nrows = 0, nnzcnt = 0;
-    for (int32_t n = p.first; n <= p.last; ++n) {
-        const int32_t ln = p.local_node(n);
-        const int32_t* nodlst = lists.data() + at[n - p.first];
-        std::fill_n(snode.begin() + (ldnm + 1), std::size_t(nd) * (ldnm + 1), 0.0);
-        for (int32_t j = 1; j <= nodlst[0]; ++j) locnod[nodlst[j]] = j;
-        const int32_t* rec = mesh.record(n);
-        for (int32_t k = 1; k <= rec[0]; ++k) {
-            const int32_t e = p.local(rec[k]);
-            shellfe_gather_node_stiffness(p.kd.data() + kStride * (e - 1), &ln, &nenod, snode.data(), &e, spring.data(),
-                                          ivisit.data(), nullptr, p.ielnod.data(), isprf.data(), &nd, &nd, &ldes, &ldsf,
-                                          &ldnm, nullptr, &p.nelem, nullptr, upres.data(), fload.data(), locnod.data(),
-                                          &nnzcnt, idofmap.data());
-        }
-        for (int32_t r = 1; r <= nd; ++r) {
-            ADDTOCRSMASSDLLDLL(&nd, &ldnm, &nnz, rowptr.data(), col.data(), nullptr, &nrows, p.ifix.data(), snode.data(),
-                               rows.val.data(), nullptr, &r, nodlst, nullptr, &nd);
-            const int32_t eq = (ln - 1) * nd + r;
-            if (p.ifix[eq]) {
-                nnz = rowptr[nrows - 1] - 1;
-                col[nnz] = eq, rows.val[nnz] = 1.0, ++nnz;
-            }
-        }
-    }
-    rowptr[nrows] = nnz + 1;
-    // From 1-based local equations to 0-based global ones.
-    rows.ptr.resize(rowptr.size());
-    for (std::size_t k = 0; k < rowptr.size(); ++k) rows.ptr[k] = rowptr[k] - 1;
-    rows.col.resize(nnz);
-    for (int32_t k = 0; k < nnz; ++k)
-        rows.col[k] = PetscInt(p.nodes[(col[k] - 1) / nd] - 1) * nd + (col[k] - 1) % nd;
-    rows.val.resize(nnz);
-    rows.val.shrink_to_fit();
+Rows global_rows(const Part& p, const System& sys) {
+    const int nd = sys.ndof;
+    Rows rows;
+    rows.ptr.assign(sys.rowptr.begin(), sys.rowptr.end());
+    for (PetscInt& k : rows.ptr) --k;
+    rows.col.resize(sys.col.size());
+    for (std::size_t k = 0; k < sys.col.size(); ++k)
+        rows.col[k] = PetscInt(p.nodes[(sys.col[k] - 1) / nd] - 1) * nd + (sys.col[k] - 1) % nd;
+    return rows;
 }
 
-// The plate's rigid-body modes on the owned equations, orthonormalised:
-// w = 1; w = x, whose slope -dw/dx is theta3 = -1; w = y, whose slope dw/dy
-// is theta2 = 1. Restrained equations, decoupled in the matrix, are 0.
-MatNullSpace rigid_body_modes(const Mesh& mesh, const Part& p, Mat A) {
-    Vec modes[3];
-    for (int k = 0; k < 3; ++k) {
+// The near-null space for algebraic multigrid, on the owned equations,
+// orthonormalised: the plate's rigid-body modes w = 1; w = x, whose slope
+// -dw/dx is theta3 = -1; w = y, whose slope dw/dy is theta2 = 1; and with
+// shell unknowns (u, v, w, theta2, theta3, drilling) also u = 1 and v = 1.
+// Restrained equations, decoupled in the matrix, are 0.
+MatNullSpace rigid_body_modes(const Mesh& mesh, const Part& p, const System& sys, Mat A) {
+    const int nd = sys.ndof, w = sys.wdof - 1, count = nd == 6 ? 5 : 3;
+    std::vector<Vec> modes(count);
+    for (int k = 0; k < count; ++k) {
         SLAB_PETSC(MatCreateVecs(A, &modes[k], nullptr));
         PetscScalar* v = nullptr;
         SLAB_PETSC(VecGetArray(modes[k], &v));
         for (int32_t n = p.first; n <= p.last; ++n) {
-            const double x = mesh.x(n), y = mesh.y(n);
-            const double mode[3][3] = {{1.0, 0.0, 0.0}, {x, 0.0, -1.0}, {y, 1.0, 0.0}};
-            const int32_t ln = p.local_node(n);
-            for (int d = 0; d < kDof; ++d)
-                v[(n - p.first) * kDof + d] = p.ifix[std::size_t(ln - 1) * kDof + d + 1] ? 0.0 : mode[k][d];
+            double mode[6] = {};
+            if (k < 3) {
+                const double plate[3][3] = {{1.0, 0.0, 0.0}, {mesh.x(n), 0.0, -1.0}, {mesh.y(n), 1.0, 0.0}};
+                std::copy_n(plate[k], 3, mode + w);
+            } else {
+                mode[k - 3] = 1.0;
+            }
+            const int32_t* fixed = sys.ifix.data() + std::size_t(p.local_node(n) - 1) * nd;
+            for (int d = 0; d < nd; ++d) v[(n - p.first) * nd + d] = fixed[d + 1] ? 0.0 : mode[d];
         }
         SLAB_PETSC(VecRestoreArray(modes[k], &v));
         for (int j = 0; j < k; ++j) {
@@ -438,7 +292,7 @@ MatNullSpace rigid_body_modes(const Mesh& mesh, const Part& p, Mat A) {
         SLAB_PETSC(VecNormalize(modes[k], nullptr));
     }
     MatNullSpace space = nullptr;
-    SLAB_PETSC(MatNullSpaceCreate(PETSC_COMM_WORLD, PETSC_FALSE, 3, modes, &space));
+    SLAB_PETSC(MatNullSpaceCreate(PETSC_COMM_WORLD, PETSC_FALSE, count, modes.data(), &space));
     for (Vec& v : modes) SLAB_PETSC(VecDestroy(&v));
     return space;
 }
@@ -511,17 +365,17 @@ void read_entries(Vec from, const std::vector<PetscInt>& at, double* into) {
 // which holds the mesh, finds the elements around the peak deflection.
 // With `plotted`, the root receives the deflection and Mx of every node
 // for the pictures.
-void results_here(const Options& opt, const Mesh& mesh, const Part& p, Vec x, Vec b, bool post, Results* plotted,
-                  double& wc, double& mxc) {
+void results_here(const Options& opt, const Mesh& mesh, const Part& p, const System& unknowns, Vec x, Vec b, bool post,
+                  Results* plotted, double& wc, double& mxc) {
     std::vector<int32_t> elems;
     for (int32_t e = 1; e <= mesh.nelem; ++e)
         if (const int32_t c = mesh.node(1, e); c >= p.first && c <= p.last) elems.push_back(e);
     const std::vector<int32_t> nodes = nodes_of(mesh, elems);
     const Mesh mine = piece(mesh, elems, nodes, false);
     System sys;
-    sys.ndof = kDof, sys.wdof = 1, sys.neq = mine.nnode * kDof;
+    sys.ndof = unknowns.ndof, sys.wdof = unknowns.wdof, sys.neq = mine.nnode * sys.ndof;
     std::vector<double> u(std::size_t(sys.neq), 0.0);
-    read_entries(x, equations_of(nodes, kDof), u.data());
+    read_entries(x, equations_of(nodes, sys.ndof), u.data());
 
     // The moments at the nodes: this rank's sums, completed across ranks.
     double db[16];
@@ -572,7 +426,7 @@ void results_here(const Options& opt, const Mesh& mesh, const Part& p, Vec x, Ve
             shape_functions(xi, eta, shp);
             for (int s = 1; s <= 8; ++s) {
                 const int32_t n = mine.node(s, e);
-                values[0] += shp[10 + s] * u[std::size_t(n - 1) * kDof], values[1] += shp[10 + s] * r.mx[n];
+                values[0] += shp[10 + s] * u[std::size_t(n - 1) * sys.ndof + sys.wdof - 1], values[1] += shp[10 + s] * r.mx[n];
                 if (values[2] == 0.0 || shp[10 + s] > best) values[2] = nodes[n - 1], best = shp[10 + s];
             }
         }
@@ -653,7 +507,7 @@ void results_here(const Options& opt, const Mesh& mesh, const Part& p, Vec x, Ve
     {
         const PetscScalar* v = nullptr;
         SLAB_PETSC(VecGetArrayRead(x, &v));
-        for (int32_t k = 0; k < own; ++k) w[k] = v[std::size_t(k) * kDof], mxs[k] = owned_mx(p.first + k);
+        for (int32_t k = 0; k < own; ++k) w[k] = v[std::size_t(k) * sys.ndof + sys.wdof - 1], mxs[k] = owned_mx(p.first + k);
         SLAB_PETSC(VecRestoreArrayRead(x, &v));
     }
     SLAB_PETSC(VecRestoreArrayRead(whole, &sum));
@@ -708,52 +562,66 @@ bool analyse_here(const Options& opt, int n, bool timed, int32_t& nfree, double&
     const std::string divided = partition_nodes(mesh);
     stage.end("node numbering");
 
+    // This rank's piece of the mesh, with the element of the point load
+    // where the piece holds it; the whole mesh's node-to-element records
+    // are not needed again before the results.
     Part part;
     make_part(mesh, part);
+    const int32_t owned = part.last - part.first + 1;
     {
         // How evenly the nodes are shared, and how many of other ranks'
         // nodes each rank's elements reach.
-        const int mine[3] = {part.last - part.first + 1, -(part.last - part.first + 1),
-                             part.nnode - (part.last - part.first + 1)};
-        int most[3] = {0, 0, 0}, halo = 0;
+        const int mine[3] = {owned, -owned, int(part.nodes.size()) - owned};
+        int most[2] = {0, 0}, halo = 0;
         MPI_Reduce(mine, most, 2, MPI_INT, MPI_MAX, 0, PETSC_COMM_WORLD);
         MPI_Reduce(&mine[2], &halo, 1, MPI_INT, MPI_SUM, 0, PETSC_COMM_WORLD);
         std::printf("  nodes divided by %s: %d to %d per rank, %d nodes of other ranks reached\n", divided.c_str(),
                     -most[1], most[0], halo);
     }
-    form_elements(opt, mesh, part);
-    form_loads_and_restraints(opt, mesh, part);
-    stage.end("element matrices");
+    int32_t point = 0;
+    if (opt.load == Load::point) {
+        int32_t elem = 0;
+        float xi = 0.0f, eta = 0.0f;
+        if (!locate(mesh, float(0.5 * opt.a), float(0.5 * opt.a), elem, xi, eta)) fail("no element holds the centre");
+        if (part.owns_elem(elem)) point = part.local(elem);
+    }
+    Mesh local = piece(mesh, part.elems, part.nodes, true);
+    std::vector<int32_t>().swap(mesh.nodmem);
 
-    Rows rows;
-    assemble_rows(mesh, part, rows);
-    part.kd.clear();
-    part.kd.shrink_to_fit();  // the element matrices are not needed beyond assembly
+    // The element matrices, loads and restraints of the piece, and the rows
+    // of the owned nodes, exactly as the serial program forms them. An
+    // owned node has all its elements in the piece, so its rows and load
+    // are complete; the other nodes' are never read.
+    System sys;
+    std::shared_ptr<Model> model = build_model(opt, local, sys, point);
+    stage.end("element matrices");
+    assemble(opt, Assembly::crs, *model, local, sys, part.local_node(part.first), part.local_node(part.last));
+    model.reset();  // the element matrices are not needed beyond assembly
+    Rows rows = global_rows(part, sys);
+    std::vector<int32_t>().swap(sys.rowptr), std::vector<int32_t>().swap(sys.col);
     // The rows hold the upper triangle, which is what a symmetric SBAIJ
     // matrix stores: no half to mirror, and none of it to send to the rank
     // owning the transposed row. MUMPS factorises it as it is.
-    const PetscInt own = (part.last - part.first + 1) * kDof;
+    const int nd = sys.ndof;
+    const PetscInt own = PetscInt(owned) * nd;
     Mat A = nullptr;
     SLAB_PETSC(MatCreate(PETSC_COMM_WORLD, &A));
     SLAB_PETSC(MatSetSizes(A, own, own, PETSC_DETERMINE, PETSC_DETERMINE));
     SLAB_PETSC(MatSetType(A, MATMPISBAIJ));
-    SLAB_PETSC(MatMPISBAIJSetPreallocationCSR(A, 1, rows.ptr.data(), rows.col.data(), rows.val.data()));
-    Rows().ptr.swap(rows.ptr), Rows().col.swap(rows.col), Rows().val.swap(rows.val);
+    SLAB_PETSC(MatMPISBAIJSetPreallocationCSR(A, 1, rows.ptr.data(), rows.col.data(), sys.val.data()));
+    Rows().ptr.swap(rows.ptr), Rows().col.swap(rows.col), std::vector<double>().swap(sys.val);
     MatInfo info{};
     SLAB_PETSC(MatGetInfo(A, MAT_GLOBAL_SUM, &info));
     Vec b = nullptr, x = nullptr;
     SLAB_PETSC(MatCreateVecs(A, &x, &b));
+    const std::size_t at = std::size_t(part.local_node(part.first) - 1) * nd + 1;  // first owned local equation
     {
         PetscScalar* v = nullptr;
         SLAB_PETSC(VecGetArray(b, &v));
-        for (int32_t node = part.first; node <= part.last; ++node)
-            for (int d = 0; d < kDof; ++d)
-                v[(node - part.first) * kDof + d] = part.load[std::size_t(part.local_node(node) - 1) * kDof + d + 1];
+        std::copy_n(sys.load.begin() + at, own, v);
         SLAB_PETSC(VecRestoreArray(b, &v));
     }
-    int32_t free_here = 0;
-    for (int32_t node = part.first; node <= part.last; ++node)
-        for (int d = 1; d <= kDof; ++d) free_here += part.ifix[std::size_t(part.local_node(node) - 1) * kDof + d] == 0;
+    const int32_t free_here = int32_t(std::count(sys.ifix.begin() + at, sys.ifix.begin() + at + own, 0));
     MPI_Allreduce(&free_here, &nfree, 1, MPI_INT32_T, MPI_SUM, PETSC_COMM_WORLD);
     stage.end("assembly");
     std::printf("  %d rank%s: %.0f upper-triangle entries preallocated from the rows, %.0f mallocs, %.0f unneeded\n", ranks,
@@ -780,21 +648,22 @@ bool analyse_here(const Options& opt, int n, bool timed, int32_t& nfree, double&
     if (!upper_only) {
         Mat full = nullptr;
         SLAB_PETSC(MatConvert(A, MATAIJ, MAT_INITIAL_MATRIX, &full));
-        SLAB_PETSC(MatSetBlockSize(full, kDof));
+        SLAB_PETSC(MatSetBlockSize(full, nd));
         SLAB_PETSC(KSPSetOperators(ksp, full, full));
         SLAB_PETSC(MatDestroy(&A));
         A = full;
     }
-    MatNullSpace modes = rigid_body_modes(mesh, part, A);
+    MatNullSpace modes = rigid_body_modes(mesh, part, sys, A);
     SLAB_PETSC(MatSetNearNullSpace(A, modes));
     SLAB_PETSC(MatNullSpaceDestroy(&modes));
     // Nothing of the model is read again before the solution is there: the
-    // local connectivity, loads and restraints go, and so do the
-    // node-to-element records (the largest part of the replicated mesh),
-    // which are rebuilt for the results in a fraction of a second.
-    Part{}.elems.swap(part.elems), Part{}.ielnod.swap(part.ielnod), Part{}.nodes.swap(part.nodes);
-    Part{}.ifix.swap(part.ifix), Part{}.load.swap(part.load);
-    std::vector<int32_t>().swap(mesh.nodmem);
+    // piece of the mesh, its loads and restraints go; the whole mesh's
+    // node-to-element records are rebuilt for the results in a fraction of
+    // a second.
+    System unknowns;  // the layout of the unknowns, all the results need of it
+    unknowns.ndof = sys.ndof, unknowns.wdof = sys.wdof;
+    sys = System{}, local = Mesh{};
+    Part{}.elems.swap(part.elems), Part{}.nodes.swap(part.nodes);
     release_freed_memory();
     stage.restart();
     auto t0 = std::chrono::steady_clock::now();
@@ -846,7 +715,7 @@ bool analyse_here(const Options& opt, int n, bool timed, int32_t& nfree, double&
     make_records(mesh);
     const bool last = n == opt.meshes.back(), draw = last && !opt.outdir.empty();
     Results plotted;
-    results_here(opt, mesh, part, x, b, timed || last, draw ? &plotted : nullptr, wc, mxc);
+    results_here(opt, mesh, part, unknowns, x, b, timed || last, draw ? &plotted : nullptr, wc, mxc);
     stage.end("results");
     SLAB_PETSC(VecDestroy(&x));
     SLAB_PETSC(VecDestroy(&b));

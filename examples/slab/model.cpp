@@ -70,6 +70,24 @@ void layer_tables(const Options& o, std::vector<double>& play, std::vector<doubl
     for (int l = 1; l <= nlay + 1; ++l) zlay[l] = -0.5 * o.h + o.h * (l - 1) / nlay;
 }
 
+namespace {
+
+// The natural coordinates of (x, y) in element e; returns how far from the
+// point they map back to.
+double natural_coordinates(const Mesh& mesh, int32_t e, float x, float y, float& xi, float& eta) {
+    const float z = 0.0f, c0 = 0.0f, c1 = 1.0f;
+    float shp[40];
+    xi = eta = 0.0f;
+    NORMALISEDCORDDOTNET(&e, &xi, &eta, &x, &y, &z, mesh.ielnod.data(), mesh.xyz.data(), &mesh.nelem, nullptr, &c0, &c1,
+                         &c0, &c1, &mesh.nnode);
+    shape_functions(xi, eta, shp);
+    double px = 0, py = 0;
+    for (int a = 1; a <= 8; ++a) px += shp[10 + a] * mesh.x(mesh.node(a, e)), py += shp[10 + a] * mesh.y(mesh.node(a, e));
+    return std::hypot(px - x, py - y);
+}
+
+}  // namespace
+
 bool locate(const Mesh& mesh, float x, float y, int32_t& elem, float& xi, float& eta) {
     const int32_t npt = mesh.nnode;
     int32_t ipt = 0;
@@ -78,18 +96,10 @@ bool locate(const Mesh& mesh, float x, float y, int32_t& elem, float& xi, float&
     // Of the elements at the nearest node, the one whose natural
     // coordinates of the point map back onto it best.
     const int32_t* rec = mesh.record(ipt);
-    const float z = 0.0f, c0 = 0.0f, c1 = 1.0f;
     double best = std::numeric_limits<double>::infinity();
     for (int32_t k = 1; k <= rec[0]; ++k) {
-        const int32_t e = rec[k];
-        float s = 0.0f, t = 0.0f, shp[40];
-        NORMALISEDCORDDOTNET(&e, &s, &t, &x, &y, &z, mesh.ielnod.data(), mesh.xyz.data(), &mesh.nelem, nullptr, &c0,
-                             &c1, &c0, &c1, &mesh.nnode);
-        shape_functions(s, t, shp);
-        double px = 0, py = 0;
-        for (int a = 1; a <= 8; ++a) px += shp[10 + a] * mesh.x(mesh.node(a, e)), py += shp[10 + a] * mesh.y(mesh.node(a, e));
-        const double d = std::hypot(px - x, py - y);
-        if (d < best) best = d, elem = e, xi = s, eta = t;
+        float s = 0.0f, t = 0.0f;
+        if (const double d = natural_coordinates(mesh, rec[k], x, y, s, t); d < best) best = d, elem = rec[k], xi = s, eta = t;
     }
     return true;
 }
@@ -194,11 +204,14 @@ void uniform_element_load(const Options& opt, const Mesh& mesh, int32_t e, float
     for (int s = 1; s <= 8; ++s) eload[6 * (s - 1) + kElementW] = float(f[s]);
 }
 
-// The element that holds the point load at the centre, and its nodal loads.
-int32_t point_element_load(const Options& opt, const Mesh& mesh, float eload[49]) {
-    int32_t elem = 0;
+// The element that holds the point load at the centre (the given one, or
+// the one found where 0), and its nodal loads.
+int32_t point_element_load(const Options& opt, const Mesh& mesh, float eload[49], int32_t elem) {
+    const float c = float(0.5 * opt.a);
     float xi = 0.0f, eta = 0.0f, shp[40];
-    if (!locate(mesh, float(0.5 * opt.a), float(0.5 * opt.a), elem, xi, eta))
+    if (elem > 0)
+        natural_coordinates(mesh, elem, c, c, xi, eta);
+    else if (!locate(mesh, c, c, elem, xi, eta))
         throw std::runtime_error("no element found for the point load");
     shape_functions(xi, eta, shp);
     std::fill(eload, eload + 49, 0.0f);
@@ -209,8 +222,9 @@ int32_t point_element_load(const Options& opt, const Mesh& mesh, float eload[49]
 namespace {
 
 // Consistent nodal loads, scattered into six-unknown node blocks through the
-// library's element-to-global order.
-void form_loads(const Options& opt, const Mesh& mesh, System& sys) {
+// library's element-to-global order; the point load on element `point`
+// (none where 0, found here where -1).
+void form_loads(const Options& opt, const Mesh& mesh, int32_t point, System& sys) {
     const int32_t nenod = 8, ldnf = mesh.nnode, six = 6;
     std::vector<int32_t> numnod(mesh.nnode + 1);
     std::iota(numnod.begin(), numnod.end(), 0);
@@ -226,8 +240,8 @@ void form_loads(const Options& opt, const Mesh& mesh, System& sys) {
             uniform_element_load(opt, mesh, e, eload);
             scatter(e);
         }
-    } else {
-        scatter(point_element_load(opt, mesh, eload));
+    } else if (point != 0) {
+        scatter(point_element_load(opt, mesh, eload, std::max(point, 0)));
     }
     for (int32_t n = 1; n <= mesh.nnode; ++n) sys.load[std::size_t(n - 1) * sys.ndof + sys.wdof] = gload[6 * std::size_t(n - 1) + 3];
 }
@@ -268,17 +282,18 @@ void restrain(const Options& opt, const Mesh& mesh, System& sys) {
 
 // ---- assembly -----------------------------------------------------------------
 
-// Per node: clear the node matrix, list the neighbours numbered at or above
-// the node (the upper triangle), gather every element at the node, append
-// the node's rows. A restrained equation's row is rolled back and given a
-// unit diagonal, so that equation numbers stay those of the nodes.
+// Per node from first to last: clear the node matrix, list the neighbours
+// numbered at or above the node (the upper triangle), gather every element
+// at the node, append the node's rows. A restrained equation's row is rolled
+// back and given a unit diagonal, so that equation numbers stay those of
+// the nodes.
 template <class Real>
-void assemble_crs(const Mesh& mesh, Model& model, std::vector<Real>& store, System& sys) {
+void assemble_crs(const Mesh& mesh, Model& model, std::vector<Real>& store, System& sys, int32_t first, int32_t last) {
     const int32_t nd = model.ndof, ldes = model.ldes, ldsf = mesh.nnode, nenod = 8;
-    std::vector<int32_t> lists, at(mesh.nnode + 1), near;
+    std::vector<int32_t> lists, at(last - first + 1), near;
     std::size_t capacity = 0;
     int32_t widest = 0;
-    for (int32_t n = 1; n <= mesh.nnode; ++n) {
+    for (int32_t n = first; n <= last; ++n) {
         near.clear();
         const int32_t* rec = mesh.record(n);
         for (int32_t k = 1; k <= rec[0]; ++k)
@@ -286,7 +301,7 @@ void assemble_crs(const Mesh& mesh, Model& model, std::vector<Real>& store, Syst
                 if (const int32_t m = mesh.node(s, rec[k]); m >= n) near.push_back(m);
         std::sort(near.begin(), near.end());
         near.erase(std::unique(near.begin(), near.end()), near.end());
-        at[n] = int32_t(lists.size());
+        at[n - first] = int32_t(lists.size());
         lists.push_back(int32_t(near.size()));
         lists.insert(lists.end(), near.begin(), near.end());
         widest = std::max(widest, int32_t(near.size()));
@@ -299,12 +314,12 @@ void assemble_crs(const Mesh& mesh, Model& model, std::vector<Real>& store, Syst
     std::vector<int32_t> locnod(mesh.nnode + 1, 0), ivisit(mesh.nnode + 1, -1), isprf(std::size_t(nd) * (mesh.nnode + 1));
     std::vector<int32_t> idofmap(nd + 1);
     std::iota(idofmap.begin(), idofmap.end(), 0);
-    sys.rowptr.assign(sys.neq + 1, 0);
+    sys.rowptr.assign(std::size_t(last - first + 1) * nd + 1, 0);
     sys.col.assign(capacity, 0);
     sys.val.assign(capacity, 0.0);
     int32_t nnz = 0, nrows = 0, nnzcnt = 0;
-    for (int32_t n = 1; n <= mesh.nnode; ++n) {
-        const int32_t* nodlst = lists.data() + at[n];
+    for (int32_t n = first; n <= last; ++n) {
+        const int32_t* nodlst = lists.data() + at[n - first];
         std::fill_n(snode.begin() + (ldnm + 1), std::size_t(nd) * (ldnm + 1), Real(0));
         for (int32_t j = 1; j <= nodlst[0]; ++j) locnod[nodlst[j]] = j;
         const int32_t* rec = mesh.record(n);
@@ -396,7 +411,7 @@ void assemble_skyline(const Options& opt, const Mesh& mesh, Model& model, std::v
 
 }  // namespace
 
-std::shared_ptr<Model> build_model(const Options& opt, const Mesh& mesh, System& sys) {
+std::shared_ptr<Model> build_model(const Options& opt, const Mesh& mesh, System& sys, int32_t point) {
     auto model = std::make_shared<Model>();
     model->ndof = opt.dofs == Dofs::shell ? 6 : 3;
     model->ldes = 8 * model->ndof;
@@ -410,17 +425,19 @@ std::shared_ptr<Model> build_model(const Options& opt, const Mesh& mesh, System&
         form_elements(opt, mesh, *model, model->kd);
     else
         form_elements(opt, mesh, *model, model->kf);
-    form_loads(opt, mesh, sys);
+    form_loads(opt, mesh, point, sys);
     restrain(opt, mesh, sys);
     return model;
 }
 
-void assemble(const Options& opt, Assembly how, Model& model, const Mesh& mesh, System& sys) {
+void assemble(const Options& opt, Assembly how, Model& model, const Mesh& mesh, System& sys, int32_t first,
+              int32_t last) {
+    if (last == 0) first = 1, last = mesh.nnode;
     if (how == Assembly::crs) {
         if (model.precise)
-            assemble_crs(mesh, model, model.kd, sys);
+            assemble_crs(mesh, model, model.kd, sys, first, last);
         else
-            assemble_crs(mesh, model, model.kf, sys);
+            assemble_crs(mesh, model, model.kf, sys, first, last);
     } else {
         if (model.precise)
             assemble_skyline(opt, mesh, model, model.kd, sys);

@@ -86,10 +86,14 @@ struct System {
 };
 
 // Element matrices of every element (double or float storage by route), the
-// restraints and the loads; assembly by the chosen route.
+// restraints and the loads; assembly by the chosen route. A distributed run
+// passes its own piece of the mesh, the element of the point load in the
+// piece (0: not in it; -1, the default: find it), and assembles the
+// compressed rows of its own nodes, first to last (all where last is 0).
 struct Model;
-std::shared_ptr<Model> build_model(const Options& opt, const Mesh& mesh, System& sys);
-void assemble(const Options& opt, Assembly how, Model& model, const Mesh& mesh, System& sys);
+std::shared_ptr<Model> build_model(const Options& opt, const Mesh& mesh, System& sys, int32_t point = -1);
+void assemble(const Options& opt, Assembly how, Model& model, const Mesh& mesh, System& sys, int32_t first = 1,
+              int32_t last = 0);
 
 // Solves K u = f on the upper-triangle rows; u by equation from 0. Returns
 // false with a message when the factorisation fails.
@@ -138,7 +142,7 @@ bool locate(const Mesh& mesh, float x, float y, int32_t& elem, float& xi, float&
 // are six-unknown node blocks with w at element position kElementW.
 inline constexpr int kElementW = 5;
 void uniform_element_load(const Options& opt, const Mesh& mesh, int32_t e, float eload[49]);
-int32_t point_element_load(const Options& opt, const Mesh& mesh, float eload[49]);  // the element
+int32_t point_element_load(const Options& opt, const Mesh& mesh, float eload[49], int32_t elem = 0);  // the element
 bool restrain_node(const Options& opt, const Mesh& mesh, int32_t n, int32_t* f, int w);
 
 // Processor time and the largest resident set so far of this process.
