@@ -265,7 +265,7 @@ Rows global_rows(const Part& p, const System& sys) {
 // -dw/dx is theta3 = -1; w = y, whose slope dw/dy is theta2 = 1; and with
 // shell unknowns (u, v, w, theta2, theta3, drilling) also u = 1 and v = 1.
 // Restrained equations, decoupled in the matrix, are 0.
-MatNullSpace rigid_body_modes(const Mesh& mesh, const Part& p, const System& sys, Mat A) {
+MatNullSpace rigid_body_modes(const Mesh& local, const Part& p, const System& sys, Mat A) {
     const int nd = sys.ndof, w = sys.wdof - 1, count = nd == 6 ? 5 : 3;
     std::vector<Vec> modes(count);
     for (int k = 0; k < count; ++k) {
@@ -273,14 +273,15 @@ MatNullSpace rigid_body_modes(const Mesh& mesh, const Part& p, const System& sys
         PetscScalar* v = nullptr;
         SLAB_PETSC(VecGetArray(modes[k], &v));
         for (int32_t n = p.first; n <= p.last; ++n) {
+            const int32_t l = p.local_node(n);
             double mode[6] = {};
             if (k < 3) {
-                const double plate[3][3] = {{1.0, 0.0, 0.0}, {mesh.x(n), 0.0, -1.0}, {mesh.y(n), 1.0, 0.0}};
+                const double plate[3][3] = {{1.0, 0.0, 0.0}, {local.x(l), 0.0, -1.0}, {local.y(l), 1.0, 0.0}};
                 std::copy_n(plate[k], 3, mode + w);
             } else {
                 mode[k - 3] = 1.0;
             }
-            const int32_t* fixed = sys.ifix.data() + std::size_t(p.local_node(n) - 1) * nd;
+            const int32_t* fixed = sys.ifix.data() + std::size_t(l - 1) * nd;
             for (int d = 0; d < nd; ++d) v[(n - p.first) * nd + d] = fixed[d + 1] ? 0.0 : mode[d];
         }
         SLAB_PETSC(VecRestoreArray(modes[k], &v));
@@ -315,18 +316,67 @@ Mesh piece(const Mesh& mesh, const std::vector<int32_t>& elems, const std::vecto
     return m;
 }
 
-// The elements with a node within `reach` of node n.
-std::vector<int32_t> elements_near(const Mesh& mesh, int32_t n, double reach) {
-    std::vector<int32_t> elems;
-    for (int32_t e = 1; e <= mesh.nelem; ++e)
+// The elements that several ranks hold with a node within `reach` of
+// (x, y), gathered on the rank `host` as a mesh of their own: elements in
+// ascending global order, nodes numbered in ascending global order, with
+// one value per node. Each rank offers the elements of `held` (global
+// numbers `elems`, nodes `nodes`), none offered twice.
+struct Nearby {
+    Mesh mesh;
+    std::vector<int32_t> nodes;  // global numbers of its nodes, ascending
+    std::vector<double> value;   // by node from 1
+};
+
+Nearby gather_near(const Mesh& held, const std::vector<int32_t>& elems, const std::vector<int32_t>& nodes,
+                   const std::vector<double>& value, double x, double y, double reach, int host) {
+    constexpr int kPer = 1 + 8 * 5;  // element; per node its number, x, y, z and value
+    std::vector<double> mine;
+    for (int32_t e = 1; e <= held.nelem; ++e) {
+        bool near = false;
+        for (int s = 1; s <= 8 && !near; ++s)
+            near = std::hypot(double(held.x(held.node(s, e))) - x, double(held.y(held.node(s, e))) - y) <= reach;
+        if (!near) continue;
+        mine.push_back(elems[e - 1]);
         for (int s = 1; s <= 8; ++s) {
-            const int32_t m = mesh.node(s, e);
-            if (std::hypot(double(mesh.x(m)) - mesh.x(n), double(mesh.y(m)) - mesh.y(n)) <= reach) {
-                elems.push_back(e);
-                break;
-            }
+            const int32_t n = held.node(s, e);
+            const std::size_t row = std::size_t(held.nnode) + 1;
+            mine.insert(mine.end(), {double(nodes[n - 1]), double(held.xyz[n]), double(held.xyz[row + n]),
+                                     double(held.xyz[2 * row + n]), value.empty() ? 0.0 : value[n]});
         }
-    return elems;
+    }
+    const int count = int(mine.size());
+    std::vector<int> counts(ranks), displs(ranks, 0);
+    MPI_Gather(&count, 1, MPI_INT, counts.data(), 1, MPI_INT, host, PETSC_COMM_WORLD);
+    for (int r = 1; r < ranks; ++r) displs[r] = displs[r - 1] + counts[r - 1];
+    std::vector<double> all(rank == host ? std::size_t(displs[ranks - 1] + counts[ranks - 1]) : 0);
+    MPI_Gatherv(mine.data(), count, MPI_DOUBLE, all.data(), counts.data(), displs.data(), MPI_DOUBLE, host,
+                PETSC_COMM_WORLD);
+    Nearby got;
+    if (rank != host) return got;
+    const std::size_t nelem = all.size() / kPer;
+    std::vector<std::size_t> order(nelem);
+    std::iota(order.begin(), order.end(), std::size_t(0));
+    std::sort(order.begin(), order.end(), [&](std::size_t a, std::size_t b) { return all[a * kPer] < all[b * kPer]; });
+    for (std::size_t k = 0; k < nelem; ++k)
+        for (int s = 0; s < 8; ++s) got.nodes.push_back(int32_t(all[k * kPer + 1 + 5 * s]));
+    std::sort(got.nodes.begin(), got.nodes.end());
+    got.nodes.erase(std::unique(got.nodes.begin(), got.nodes.end()), got.nodes.end());
+    Mesh& m = got.mesh;
+    m.nelem = int32_t(nelem), m.nnode = int32_t(got.nodes.size());
+    m.ielnod.assign(9 * std::size_t(m.nelem + 1), 0);
+    const std::size_t row = std::size_t(m.nnode) + 1;
+    m.xyz.assign(3 * row, 0.0f);
+    got.value.assign(row, 0.0);
+    for (int32_t k = 1; k <= m.nelem; ++k)
+        for (int s = 1; s <= 8; ++s) {
+            const double* at = all.data() + order[k - 1] * kPer + 1 + 5 * (s - 1);
+            const int32_t n = position(got.nodes, int32_t(at[0]));
+            m.node(s, k) = n;
+            for (int c = 0; c < 3; ++c) m.xyz[c * row + n] = float(at[1 + c]);
+            got.value[n] = at[4];
+        }
+    make_records(m);
+    return got;
 }
 
 // The equations (from 0) of the given nodes, `per` to a node.
@@ -357,25 +407,29 @@ void read_entries(Vec from, const std::vector<PetscInt>& at, double* into) {
 // its neighbours', through a scatter), sums their moments at the nodes,
 // and the sums of the nodes that several ranks' elements share are
 // completed in a distributed vector of four entries per node (three
-// moments and a count). The rank owning the element that holds the centre
-// interpolates the centre values and sends them to the root. With `post`,
-// each rank estimates the error of its elements and the totals reach the
-// root; the rank owning the centre node gathers the moments of the nodes
-// near it and runs the result net on that piece of the mesh; the root,
-// which holds the mesh, finds the elements around the peak deflection.
-// With `plotted`, the root receives the deflection and Mx of every node
-// for the pictures.
-void results_here(const Options& opt, const Mesh& mesh, const Part& p, const System& unknowns, Vec x, Vec b, bool post,
-                  Results* plotted, double& wc, double& mxc) {
-    std::vector<int32_t> elems;
-    for (int32_t e = 1; e <= mesh.nelem; ++e)
-        if (const int32_t c = mesh.node(1, e); c >= p.first && c <= p.last) elems.push_back(e);
-    const std::vector<int32_t> nodes = nodes_of(mesh, elems);
-    const Mesh mine = piece(mesh, elems, nodes, false);
+// moments and a count). The centre is found as the whole mesh's search
+// finds it: the nearest node over all ranks, then, on its owner, the best
+// element at it. With `post`, each rank estimates the error of its
+// elements and the totals reach the root; the elements near the centre
+// node and near the peak deflection, with their nodes' moments, are
+// gathered on one rank for the result net and the peak search. No rank
+// holds more of the mesh than its piece `local` (local numbers; global ones
+// in `p`) and those few elements. With `plotted`, the root receives the
+// deflection and Mx of every node for the pictures.
+void results_here(const Options& opt, const Mesh& local, const Part& p, int32_t nelem_total, const System& unknowns,
+                  Vec x, Vec b, bool post, Results* plotted, double& wc, double& mxc) {
+    const int nd = unknowns.ndof, wd = unknowns.wdof - 1;
+    std::vector<int32_t> held, heldnodes, elems, nodes;  // local numbers; global numbers
+    for (int32_t k = 1; k <= local.nelem; ++k)
+        if (const int32_t c = p.nodes[local.node(1, k) - 1]; c >= p.first && c <= p.last) held.push_back(k);
+    heldnodes = nodes_of(local, held);
+    for (int32_t k : held) elems.push_back(p.elems[k - 1]);
+    for (int32_t n : heldnodes) nodes.push_back(p.nodes[n - 1]);
+    const Mesh mine = piece(local, held, heldnodes, false);
     System sys;
-    sys.ndof = unknowns.ndof, sys.wdof = unknowns.wdof, sys.neq = mine.nnode * sys.ndof;
+    sys.ndof = nd, sys.wdof = unknowns.wdof, sys.neq = mine.nnode * nd;
     std::vector<double> u(std::size_t(sys.neq), 0.0);
-    read_entries(x, equations_of(nodes, sys.ndof), u.data());
+    read_entries(x, equations_of(nodes, nd), u.data());
 
     // The moments at the nodes: this rank's sums, completed across ranks.
     double db[16];
@@ -392,65 +446,106 @@ void results_here(const Options& opt, const Mesh& mesh, const Part& p, const Sys
     }
     Vec whole = nullptr;
     SLAB_PETSC(VecCreateMPI(PETSC_COMM_WORLD, PetscInt(p.last - p.first + 1) * kSum, PETSC_DETERMINE, &whole));
-    {
-        const std::vector<PetscInt> at = equations_of(nodes, kSum);
-        SLAB_PETSC(VecSetValues(whole, PetscInt(at.size()), at.data(), sums.data(), ADD_VALUES));
-        SLAB_PETSC(VecAssemblyBegin(whole));
-        SLAB_PETSC(VecAssemblyEnd(whole));
-        read_entries(whole, at, sums.data());
-    }
+    const std::vector<PetscInt> at = equations_of(nodes, kSum);
+    SLAB_PETSC(VecSetValues(whole, PetscInt(at.size()), at.data(), sums.data(), ADD_VALUES));
+    SLAB_PETSC(VecAssemblyBegin(whole));
+    SLAB_PETSC(VecAssemblyEnd(whole));
+    read_entries(whole, at, sums.data());
     Results r;
     r.mx.assign(mine.nnode + 1, 0.0), r.my.assign(mine.nnode + 1, 0.0), r.mxy.assign(mine.nnode + 1, 0.0);
     for (int32_t n = 1; n <= mine.nnode; ++n) {
         const double* s = sums.data() + std::size_t(n - 1) * kSum;
         if (s[3] > 0.0) r.mx[n] = s[0] / s[3], r.my[n] = s[1] / s[3], r.mxy[n] = s[2] / s[3];
     }
-    // Mx of an owned node, from the completed sums.
-    const PetscScalar* sum = nullptr;
-    SLAB_PETSC(VecGetArrayRead(whole, &sum));
-    auto owned_mx = [&](int32_t n) {
-        const PetscScalar* s = sum + std::size_t(n - p.first) * kSum;
-        return s[3] > 0.0 ? s[0] / s[3] : 0.0;
-    };
 
-    // The centre values, from the rank owning the element that holds it.
-    int32_t elem = 0, centre = 0;
-    float xi = 0.0f, eta = 0.0f;
-    if (!locate(mesh, float(0.5 * opt.a), float(0.5 * opt.a), elem, xi, eta)) fail("no element holds the centre");
+    // The centre: the nearest node in the whole mesh's node order (the
+    // first of equals), then the best element at it on the node's owner,
+    // which reads the values of that element's nodes.
+    const float cx = float(0.5 * opt.a), cy = cx;
+    const int32_t lfirst = p.local_node(p.first), owned = p.last - p.first + 1;
+    struct {
+        double distance;
+        int node;
+    } nearest{1.0e300, 0}, best{};
     {
-        const int holder = owner(mesh.node(1, elem));
-        double values[3] = {0.0, 0.0, 0.0};
+        int32_t ipt = 0;
+        const std::size_t row = std::size_t(local.nnode) + 1;
+        FINDLOADPOINT(&owned, &ipt, &cx, &cy, local.xyz.data() + (lfirst - 1), local.xyz.data() + row + (lfirst - 1));
+        if (ipt > 0) {
+            const float dx = local.x(lfirst + ipt - 1) - cx, dy = local.y(lfirst + ipt - 1) - cy;
+            nearest = {double(std::sqrt(dx * dx + dy * dy)), p.first + ipt - 1};
+        }
+    }
+    MPI_Allreduce(&nearest, &best, 1, MPI_DOUBLE_INT, MPI_MINLOC, PETSC_COMM_WORLD);
+    if (best.node == 0) fail("no element holds the centre");
+    const int holder = owner(best.node);
+    double values[5] = {0.0, 0.0, 0.0, 0.0, 0.0};  // w, Mx, centre node and its x, y
+    {
+        int32_t elem = 0;
+        float xi = 0.0f, eta = 0.0f;
+        std::vector<int32_t> corners;
         if (rank == holder) {
-            const int32_t e = position(elems, elem);
-            float shp[40], best = 0;
+            Mesh around = local;
+            make_records(around);
+            locate_at(around, p.local_node(best.node), cx, cy, elem, xi, eta);
+            for (int s = 1; s <= 8; ++s) corners.push_back(p.nodes[local.node(s, elem) - 1]);
+        }
+        std::vector<double> ue(corners.size() * nd), se(corners.size() * kSum);
+        read_entries(x, equations_of(corners, nd), ue.data());
+        read_entries(whole, equations_of(corners, kSum), se.data());
+        if (rank == holder) {
+            float shp[40], most = 0;
             shape_functions(xi, eta, shp);
             for (int s = 1; s <= 8; ++s) {
-                const int32_t n = mine.node(s, e);
-                values[0] += shp[10 + s] * u[std::size_t(n - 1) * sys.ndof + sys.wdof - 1], values[1] += shp[10 + s] * r.mx[n];
-                if (values[2] == 0.0 || shp[10 + s] > best) values[2] = nodes[n - 1], best = shp[10 + s];
+                const double* m = se.data() + (s - 1) * kSum;
+                values[0] += shp[10 + s] * ue[(s - 1) * nd + wd];
+                values[1] += shp[10 + s] * (m[3] > 0.0 ? m[0] / m[3] : 0.0);
+                if (values[2] == 0.0 || shp[10 + s] > most) {
+                    const int32_t n = local.node(s, elem);
+                    values[2] = corners[s - 1], values[3] = local.x(n), values[4] = local.y(n), most = shp[10 + s];
+                }
             }
         }
-        MPI_Bcast(values, 3, MPI_DOUBLE, holder, PETSC_COMM_WORLD);
-        wc = values[0], mxc = values[1], centre = int32_t(values[2]);
+        MPI_Bcast(values, 5, MPI_DOUBLE, holder, PETSC_COMM_WORLD);
+        wc = values[0], mxc = values[1];
     }
+    const int32_t centre = int32_t(values[2]);
+    const double side = opt.a / std::sqrt(double(nelem_total));
 
     if (post) {
         // Error estimate: the sum of the elements' errors and the worst
         // element. The sum is a single-precision running sum over the
         // elements in order, so the serial run's rounding is kept by
         // carrying it along that order: where the next element is another
-        // rank's, the running sum goes to that rank.
-        auto element_owner = [&](int32_t e) { return owner(mesh.node(1, e)); };
+        // rank's, the running sum goes to that rank. Every rank learns
+        // where each rank's runs of consecutive elements begin.
+        std::vector<int32_t> begins;
+        for (std::size_t k = 0; k < elems.size(); ++k)
+            if (k == 0 || elems[k - 1] != elems[k] - 1) begins.push_back(elems[k]);
+        std::vector<int> counts(ranks), displs(ranks, 0);
+        const int count = int(begins.size());
+        MPI_Allgather(&count, 1, MPI_INT, counts.data(), 1, MPI_INT, PETSC_COMM_WORLD);
+        for (int k = 1; k < ranks; ++k) displs[k] = displs[k - 1] + counts[k - 1];
+        std::vector<int32_t> runs(std::size_t(displs[ranks - 1] + counts[ranks - 1]));
+        MPI_Allgatherv(begins.data(), count, MPI_INT32_T, runs.data(), counts.data(), displs.data(), MPI_INT32_T,
+                       PETSC_COMM_WORLD);
+        std::vector<std::pair<int32_t, int>> run_rank;
+        for (int k = 0; k < ranks; ++k)
+            for (int j = 0; j < counts[k]; ++j) run_rank.emplace_back(runs[displs[k] + j], k);
+        std::sort(run_rank.begin(), run_rank.end());
+        auto element_owner = [&](int32_t e) {
+            return (std::upper_bound(run_rank.begin(), run_rank.end(), std::make_pair(e, ranks)) - 1)->second;
+        };
         const Carry carry = [&](int32_t k, bool after, float& errt) {
             const int32_t e = elems[k - 1];
             if (!after && e > 1 && (k == 1 || elems[k - 2] != e - 1))
                 MPI_Recv(&errt, 1, MPI_FLOAT, element_owner(e - 1), 1, PETSC_COMM_WORLD, MPI_STATUS_IGNORE);
-            if (after && e < mesh.nelem && (k == mine.nelem || elems[k] != e + 1))
+            if (after && e < nelem_total && (k == mine.nelem || elems[k] != e + 1))
                 MPI_Send(&errt, 1, MPI_FLOAT, element_owner(e + 1), 1, PETSC_COMM_WORLD);
         };
         std::vector<float> erre;
         float total = error_estimate(opt, mine, sys, u, r, erre, carry);
-        MPI_Bcast(&total, 1, MPI_FLOAT, element_owner(mesh.nelem), PETSC_COMM_WORLD);
+        MPI_Bcast(&total, 1, MPI_FLOAT, element_owner(nelem_total), PETSC_COMM_WORLD);
         struct {
             float error;
             int element;
@@ -459,75 +554,83 @@ void results_here(const Options& opt, const Mesh& mesh, const Part& p, const Sys
             if (erre[e] > worst.error) worst = {erre[e], elems[e - 1]};
         PetscScalar energy = 0.0;
         SLAB_PETSC(VecDot(b, x, &energy));
-        MPI_Reduce(&worst, &most, 1, MPI_FLOAT_INT, MPI_MAXLOC, 0, PETSC_COMM_WORLD);
-        if (rank == 0) {
-            const int32_t w = most.element;
+        MPI_Allreduce(&worst, &most, 1, MPI_FLOAT_INT, MPI_MAXLOC, PETSC_COMM_WORLD);
+        double where[2] = {0.0, 0.0};  // the worst element's centre, from its owner
+        if (const int32_t e = position(elems, most.element); e <= mine.nelem && elems[e - 1] == most.element) {
+            where[0] = 0.5 * (mine.x(mine.node(1, e)) + mine.x(mine.node(5, e)));
+            where[1] = 0.5 * (mine.y(mine.node(1, e)) + mine.y(mine.node(5, e)));
+        }
+        double sum[2] = {0.0, 0.0};
+        MPI_Reduce(where, sum, 2, MPI_DOUBLE, MPI_SUM, 0, PETSC_COMM_WORLD);
+        if (rank == 0)
             std::printf("  error estimate (STERRORDLLDOTNET): relative moment error %.3e, largest in element %d at "
                         "(%.3f, %.3f)\n",
-                        total > 0.0f ? std::sqrt(total / (total + energy)) : 0.0, w,
-                        0.5 * (mesh.x(mesh.node(1, w)) + mesh.x(mesh.node(5, w))),
-                        0.5 * (mesh.y(mesh.node(1, w)) + mesh.y(mesh.node(5, w))));
-        }
+                        total > 0.0f ? std::sqrt(total / (total + energy)) : 0.0, most.element, sum[0], sum[1]);
 
-        // Mx in a net of radius a/10 around the centre node, on the piece
-        // of the mesh near it, with the moments of its nodes from their
-        // owners.
+        // Mx in a net of radius a/10 around the centre node, on the
+        // elements near it gathered on the rank owning that node.
         const float radius = float(0.1 * opt.a);
-        const double side = opt.a / std::sqrt(double(mesh.nelem));
-        const std::vector<int32_t> near = elements_near(mesh, centre, radius + 2.0 * side), around = nodes_of(mesh, near);
         const int host = owner(centre);
-        std::vector<double> mx(around.size(), 0.0), got(rank == host ? mx.size() : 0);
-        for (std::size_t k = 0; k < around.size(); ++k)
-            if (owner(around[k]) == rank) mx[k] = owned_mx(around[k]);
-        MPI_Reduce(mx.data(), got.data(), int(mx.size()), MPI_DOUBLE, MPI_SUM, host, PETSC_COMM_WORLD);
-        float net[4] = {0, 0, 0, 0};  // peak, high, low, mean
+        const Nearby net = gather_near(mine, elems, nodes, r.mx, values[3], values[4], radius + 2.0 * side, host);
+        float result[4] = {0, 0, 0, 0};  // peak, high, low, mean
         if (rank == host) {
-            Mesh m = piece(mesh, near, around, true);
+            const Mesh& m = net.mesh;
             const int32_t nnode = m.nnode, nelem = m.nelem, ldres = 3 * nnode, icase = 1, icomp = 0, ncomp = 3,
-                          ldmem = 50, at = position(around, centre);
+                          ldmem = 50, at = position(net.nodes, centre);
             std::vector<float> res(std::size_t(ldres + 1) * 2, 0.0f);
-            for (int32_t n = 1; n <= nnode; ++n) res[(1 + 3 * (n - 1)) + std::size_t(ldres + 1)] = float(got[n - 1]);
-            CASTNETFMDOTNET(&net[0], res.data(), &icase, &icomp, &ncomp, &nnode, m.xyz.data(), &radius, &at, &net[1],
-                            &net[2], m.nodmem.data(), &nelem, &ldmem, &nelem, m.ielnod.data(), &net[3], &ldres);
+            for (int32_t n = 1; n <= nnode; ++n) res[(1 + 3 * (n - 1)) + std::size_t(ldres + 1)] = float(net.value[n]);
+            CASTNETFMDOTNET(&result[0], res.data(), &icase, &icomp, &ncomp, &nnode, m.xyz.data(), &radius, &at,
+                            &result[1], &result[2], m.nodmem.data(), &nelem, &ldmem, &nelem, m.ielnod.data(),
+                            &result[3], &ldres);
         }
         if (host != 0) {
-            if (rank == host) MPI_Send(net, 4, MPI_FLOAT, 0, 0, PETSC_COMM_WORLD);
-            if (rank == 0) MPI_Recv(net, 4, MPI_FLOAT, host, 0, PETSC_COMM_WORLD, MPI_STATUS_IGNORE);
+            if (rank == host) MPI_Send(result, 4, MPI_FLOAT, 0, 0, PETSC_COMM_WORLD);
+            if (rank == 0) MPI_Recv(result, 4, MPI_FLOAT, host, 0, PETSC_COMM_WORLD, MPI_STATUS_IGNORE);
         }
         const double scale = opt.load == Load::uniform ? opt.q * opt.a * opt.a : opt.P;
         if (rank == 0)
             std::printf("  Mx within a/10 of the centre (CASTNETFMDOTNET): %.5f to %.5f, mean %.5f, peak %.5f (x %s)\n",
-                        net[2] / scale, net[1] / scale, net[3] / scale, net[0] / scale,
+                        result[2] / scale, result[1] / scale, result[3] / scale, result[0] / scale,
                         opt.load == Load::uniform ? "q a^2" : "P");
     }
 
     // The deflection and Mx of the owned nodes, in node order.
-    const int32_t own = p.last - p.first + 1;
-    std::vector<double> w(own), mxs(own);
+    std::vector<double> w(owned), mxs(owned);
     {
-        const PetscScalar* v = nullptr;
+        const PetscScalar *v = nullptr, *sum = nullptr;
         SLAB_PETSC(VecGetArrayRead(x, &v));
-        for (int32_t k = 0; k < own; ++k) w[k] = v[std::size_t(k) * sys.ndof + sys.wdof - 1], mxs[k] = owned_mx(p.first + k);
+        SLAB_PETSC(VecGetArrayRead(whole, &sum));
+        for (int32_t k = 0; k < owned; ++k) {
+            const PetscScalar* s = sum + std::size_t(k) * kSum;
+            w[k] = v[std::size_t(k) * nd + wd], mxs[k] = s[3] > 0.0 ? s[0] / s[3] : 0.0;
+        }
+        SLAB_PETSC(VecRestoreArrayRead(whole, &sum));
         SLAB_PETSC(VecRestoreArrayRead(x, &v));
     }
-    SLAB_PETSC(VecRestoreArrayRead(whole, &sum));
     SLAB_PETSC(VecDestroy(&whole));
 
     if (post) {
         // The peak deflection, the first largest in node order of each
-        // rank, and the elements and nodes within one element side of it.
+        // rank, and the elements and nodes within one element side of it,
+        // gathered on the root.
         struct {
             double w;
             int node;
         } peak{-1.0, 0}, top{};
-        for (int32_t k = 0; k < own; ++k)
+        for (int32_t k = 0; k < owned; ++k)
             if (std::fabs(w[k]) > peak.w) peak = {std::fabs(w[k]), p.first + k};
-        MPI_Reduce(&peak, &top, 1, MPI_DOUBLE_INT, MPI_MAXLOC, 0, PETSC_COMM_WORLD);
+        MPI_Allreduce(&peak, &top, 1, MPI_DOUBLE_INT, MPI_MAXLOC, PETSC_COMM_WORLD);
+        double xy[2] = {0.0, 0.0};
+        if (owner(top.node) == rank) {
+            const int32_t n = p.local_node(top.node);
+            xy[0] = local.x(n), xy[1] = local.y(n);
+        }
+        MPI_Bcast(xy, 2, MPI_DOUBLE, owner(top.node), PETSC_COMM_WORLD);
+        const float rad = float(1.001 * side);
+        const Nearby around = gather_near(mine, elems, nodes, {}, xy[0], xy[1], 3.0 * rad, 0);
         if (rank == 0) {
-            const float rad = float(1.001 * opt.a / std::sqrt(double(mesh.nelem)));
-            const std::vector<int32_t> near = elements_near(mesh, top.node, 3.0 * rad), around = nodes_of(mesh, near);
-            const Mesh m = piece(mesh, near, around, false);
-            const int32_t nelem = m.nelem, nnode = m.nnode, igrp = 0, at = position(around, top.node);
+            const Mesh& m = around.mesh;
+            const int32_t nelem = m.nelem, nnode = m.nnode, igrp = 0, at = position(around.nodes, top.node);
             std::vector<int32_t> memtab(std::size_t(nelem + 1) * 3, 0), memgrp(nelem + 1, 1), mfnd(nelem + 1, 0),
                 nfnd(nnode + 1, 0);
             for (int32_t e = 1; e <= nelem; ++e)
@@ -537,7 +640,7 @@ void results_here(const Options& opt, const Mesh& mesh, const Part& p, const Sys
                                   mfnd.data(), &nnfnd, nfnd.data(), &nnode, &igrp);
             std::printf("  peak deflection at node %d (%.4f, %.4f): %d elements and %d nodes within one element side "
                         "(GETPEAKMEMNODESDOTNET)\n",
-                        top.node, mesh.x(top.node), mesh.y(top.node), nmfnd, nnfnd);
+                        top.node, xy[0], xy[1], nmfnd, nnfnd);
         }
     }
 
@@ -546,10 +649,11 @@ void results_here(const Options& opt, const Mesh& mesh, const Part& p, const Sys
         std::vector<int> counts(ranks), displs(ranks);
         for (int k = 0; k < ranks; ++k) counts[k] = starts[k + 1] - starts[k], displs[k] = starts[k];
         const bool root = rank == 0;
-        plotted->w.assign(root ? mesh.nnode + 1 : 0, 0.0), plotted->mx.assign(root ? mesh.nnode + 1 : 0, 0.0);
-        MPI_Gatherv(w.data(), own, MPI_DOUBLE, plotted->w.data(), counts.data(), displs.data(), MPI_DOUBLE, 0,
+        const std::size_t size = root ? std::size_t(starts[ranks]) : 0;  // nodes + 1
+        plotted->w.assign(size, 0.0), plotted->mx.assign(size, 0.0);
+        MPI_Gatherv(w.data(), owned, MPI_DOUBLE, plotted->w.data(), counts.data(), displs.data(), MPI_DOUBLE, 0,
                     PETSC_COMM_WORLD);
-        MPI_Gatherv(mxs.data(), own, MPI_DOUBLE, plotted->mx.data(), counts.data(), displs.data(), MPI_DOUBLE, 0,
+        MPI_Gatherv(mxs.data(), owned, MPI_DOUBLE, plotted->mx.data(), counts.data(), displs.data(), MPI_DOUBLE, 0,
                     PETSC_COMM_WORLD);
     }
 }
@@ -585,8 +689,15 @@ bool analyse_here(const Options& opt, int n, bool timed, int32_t& nfree, double&
         if (!locate(mesh, float(0.5 * opt.a), float(0.5 * opt.a), elem, xi, eta)) fail("no element holds the centre");
         if (part.owns_elem(elem)) point = part.local(elem);
     }
+    // From here on a rank holds its piece of the mesh only; the root keeps
+    // the whole mesh where it is to draw it.
     Mesh local = piece(mesh, part.elems, part.nodes, true);
-    std::vector<int32_t>().swap(mesh.nodmem);
+    const int32_t nelem_total = mesh.nelem;
+    const bool last = n == opt.meshes.back(), draw = last && !opt.outdir.empty();
+    if (draw && rank == 0)
+        std::vector<int32_t>().swap(mesh.nodmem);
+    else
+        mesh = Mesh{};
 
     // The element matrices, loads and restraints of the piece, and the rows
     // of the owned nodes, exactly as the serial program forms them. An
@@ -653,17 +764,16 @@ bool analyse_here(const Options& opt, int n, bool timed, int32_t& nfree, double&
         SLAB_PETSC(MatDestroy(&A));
         A = full;
     }
-    MatNullSpace modes = rigid_body_modes(mesh, part, sys, A);
+    MatNullSpace modes = rigid_body_modes(local, part, sys, A);
     SLAB_PETSC(MatSetNearNullSpace(A, modes));
     SLAB_PETSC(MatNullSpaceDestroy(&modes));
-    // Nothing of the model is read again before the solution is there: the
-    // piece of the mesh, its loads and restraints go; the whole mesh's
-    // node-to-element records are rebuilt for the results in a fraction of
-    // a second.
+    // Nothing of the model is read again before the solution is there: its
+    // loads and restraints go, and so do the piece's node-to-element
+    // records; the results rebuild what they need of them.
     System unknowns;  // the layout of the unknowns, all the results need of it
     unknowns.ndof = sys.ndof, unknowns.wdof = sys.wdof;
-    sys = System{}, local = Mesh{};
-    Part{}.elems.swap(part.elems), Part{}.nodes.swap(part.nodes);
+    sys = System{};
+    std::vector<int32_t>().swap(local.nodmem);
     release_freed_memory();
     stage.restart();
     auto t0 = std::chrono::steady_clock::now();
@@ -712,10 +822,8 @@ bool analyse_here(const Options& opt, int n, bool timed, int32_t& nfree, double&
     SLAB_PETSC(KSPDestroy(&ksp));
     SLAB_PETSC(MatDestroy(&A));
     release_freed_memory();
-    make_records(mesh);
-    const bool last = n == opt.meshes.back(), draw = last && !opt.outdir.empty();
     Results plotted;
-    results_here(opt, mesh, part, unknowns, x, b, timed || last, draw ? &plotted : nullptr, wc, mxc);
+    results_here(opt, local, part, nelem_total, unknowns, x, b, timed || last, draw ? &plotted : nullptr, wc, mxc);
     stage.end("results");
     SLAB_PETSC(VecDestroy(&x));
     SLAB_PETSC(VecDestroy(&b));

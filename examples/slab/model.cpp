@@ -93,15 +93,19 @@ bool locate(const Mesh& mesh, float x, float y, int32_t& elem, float& xi, float&
     int32_t ipt = 0;
     FINDLOADPOINT(&npt, &ipt, &x, &y, mesh.xyz.data(), mesh.xyz.data() + (mesh.nnode + 1));
     if (ipt < 1) return false;
-    // Of the elements at the nearest node, the one whose natural
-    // coordinates of the point map back onto it best.
-    const int32_t* rec = mesh.record(ipt);
+    locate_at(mesh, ipt, x, y, elem, xi, eta);
+    return true;
+}
+
+void locate_at(const Mesh& mesh, int32_t node, float x, float y, int32_t& elem, float& xi, float& eta) {
+    // Of the elements at the node, the one whose natural coordinates of the
+    // point map back onto it best.
+    const int32_t* rec = mesh.record(node);
     double best = std::numeric_limits<double>::infinity();
     for (int32_t k = 1; k <= rec[0]; ++k) {
         float s = 0.0f, t = 0.0f;
         if (const double d = natural_coordinates(mesh, rec[k], x, y, s, t); d < best) best = d, elem = rec[k], xi = s, eta = t;
     }
-    return true;
 }
 
 void shape_functions(float xi, float eta, float* shp) {

@@ -135,8 +135,11 @@ bool write_svgs(const Options& opt, const Mesh& mesh, const Results& r, int n, s
 void layer_tables(const Options& opt, std::vector<double>& play, std::vector<double>& zlay);
 // The eight-node shape functions SHP (0:9, 0:3) at (xi, eta).
 void shape_functions(float xi, float eta, float* shp);
-// The element holding the point (x, y) and its natural coordinates there.
+// The element holding the point (x, y) and its natural coordinates there:
+// of the elements at the nearest node, the one that maps back best.
 bool locate(const Mesh& mesh, float x, float y, int32_t& elem, float& xi, float& eta);
+// The same among the elements at the given node.
+void locate_at(const Mesh& mesh, int32_t node, float x, float y, int32_t& elem, float& xi, float& eta);
 
 // Loads and restraints, shared with the distributed mode. Element loads
 // are six-unknown node blocks with w at element position kElementW.
